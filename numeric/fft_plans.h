@@ -1,0 +1,82 @@
+// FFTW plans and aligned buffers shared by the numeric routines.
+//
+// FFTW's planner (and fftw_destroy_plan) may run on one thread at a time only;
+// executing an existing plan with the new-array functions is safe from any number
+// of threads at once. So every plan is made here, under one process-wide mutex,
+// and the routines execute it on buffers of their own:
+//
+//     const RealFftPlan& plan = realFftPlan(n);      // made once per size, kept
+//     FftBuffer<double> x(n);  FftBuffer<fftw_complex> X(n / 2 + 1);
+//     plan.forward(x.data(), X.data());               // any thread
+//
+// All plans are out of place and made with FFTW_ESTIMATE: planning costs next to
+// nothing and the chosen algorithm, hence every rounding, is the same on every run.
+// Buffers come from fftw_malloc, so they have the alignment the plan was made for.
+//
+// Transforms are unnormalised, as in FFTW:
+//     forward   X_k = sum_j x_j exp(-2 pi i jk/n),       k = 0 .. n/2
+//     backward  x_j = sum_k X_k exp(+2 pi i jk/n),       j = 0 .. n-1
+// (the backward sum runs over all n bins, the missing half being the conjugates;
+// the imaginary parts of X_0 and, for even n, of X_{n/2} are ignored).
+#pragma once
+
+#include <fftw3.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <memory>
+#include <new>
+#include <span>
+
+namespace tarnic {
+
+// An fftw_malloc'd array of n elements, zero-initialised, freed on destruction.
+template <class T> class FftBuffer {
+  public:
+    explicit FftBuffer(std::size_t n)
+        : size_(n), data_(static_cast<T*>(fftw_malloc(sizeof(T) * (n > 0 ? n : 1)))) {
+        if (!data_) throw std::bad_alloc();
+        std::fill_n(reinterpret_cast<unsigned char*>(data_.get()), sizeof(T) * size_, 0);
+    }
+    T* data() { return data_.get(); }
+    const T* data() const { return data_.get(); }
+    std::size_t size() const { return size_; }
+    T& operator[](std::size_t i) { return data_[i]; }
+    const T& operator[](std::size_t i) const { return data_[i]; }
+    std::span<T> span() { return {data_.get(), size_}; }
+
+  private:
+    struct Free {
+        void operator()(T* p) const { fftw_free(p); }
+    };
+    std::size_t size_;
+    std::unique_ptr<T[], Free> data_;
+};
+
+// A pair of plans for real data of length n: forward (real to n/2 + 1 complex
+// bins) and backward (n/2 + 1 bins to n reals; it overwrites its input).
+class RealFftPlan {
+  public:
+    explicit RealFftPlan(std::size_t n);
+    ~RealFftPlan();
+    RealFftPlan(const RealFftPlan&) = delete;
+    RealFftPlan& operator=(const RealFftPlan&) = delete;
+
+    std::size_t size() const { return n_; }
+    // in: n reals, out: n/2 + 1 bins; both from FftBuffer.
+    void forward(double* in, fftw_complex* out) const;
+    // in: n/2 + 1 bins (destroyed), out: n reals; both from FftBuffer.
+    void backward(fftw_complex* in, double* out) const;
+
+  private:
+    std::size_t n_;
+    fftw_plan forward_ = nullptr;
+    fftw_plan backward_ = nullptr;
+};
+
+// The plan pair for length n (n >= 1), made on first use and kept for the life of
+// the process. Meant for the few sizes that recur (transform sizes of spectra);
+// a routine that meets an arbitrary length once should own a RealFftPlan instead.
+const RealFftPlan& realFftPlan(std::size_t n);
+
+} // namespace tarnic

@@ -1,0 +1,76 @@
+// Reading a signal from a plain-text table.
+//
+// A table holds one record a line; the first field of each record is the signal
+// value, any further fields are ignored. The format in brief (table_reader.h has
+// every detail):
+//  - line ends LF, CR LF or CR; the last line needs no line end;
+//  - a UTF-8 byte-order mark at the start is ignored;
+//  - fields are separated by any run of blanks, tabs, commas or semicolons, and
+//    separators at the start of a line are skipped ("1,5" is two fields, 1 and 5);
+//  - blank lines (only blanks and separators) and comment lines (first non-blank
+//    character '#', '%' or '\'') are skipped and are not records;
+//  - a number is [+|-]digits[.digits][(e|E|d|D)[+|-]digits], e.g. "1.5e-3", ".5",
+//    "-3.", "+2E+07", "1.0D-3"; it is rounded to float. A first field that is not
+//    such a number, or whose value rounds to infinity as a float (e.g. "1e39"),
+//    or that spells inf/nan, gives the record a wrong structure. Magnitudes below
+//    the smallest float read as zero.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <span>
+
+namespace tarnic {
+
+// RecordCount::status of a good file.
+inline constexpr std::int32_t kGoodFile = -1;
+// RecordCount::status of a file of size zero.
+inline constexpr std::int32_t kEmptyFile = 0;
+
+struct RecordCount {
+    // Number of good records (all of them for a good file, otherwise those before
+    // the bad one).
+    std::int32_t records = 0;
+    // kGoodFile (-1): a good file of `records` records.
+    // kEmptyFile (0): the file has size zero.
+    // records + 1: the record of that number (1-based, counting data records only)
+    //              has a wrong structure.
+    std::int32_t status = 1;
+
+    friend bool operator==(const RecordCount&, const RecordCount&) = default;
+};
+
+// Checks a table and counts its records. Reading stops at the first record whose
+// first field is not a number. Edge cases:
+//  - a file that cannot be opened, or a read that fails, reports a wrong structure
+//    within the record being read: {records read so far, records + 1};
+//  - a file of size zero gives {0, kEmptyFile};
+//  - a file of only blank and comment lines (or only a byte-order mark) has no
+//    record at all and gives {0, 1};
+//  - a file of more than INT32_MAX - 1 records is reported as a wrong structure
+//    within record INT32_MAX.
+// Memory stays bounded by one read block whatever the line lengths.
+RecordCount countFileRecords(const std::filesystem::path& file);
+
+// Reads the first field of the first signal.size() records into `signal`, with
+// the same record rules as countFileRecords. Reading stops at the end of the file
+// or at the first record with a wrong structure (e.g. the file changed since it
+// was counted); the rest of `signal` is then set to 0. A file that cannot be
+// opened leaves all of `signal` 0. Returns the number of values read.
+std::size_t readSignalFile(const std::filesystem::path& file, std::span<float> signal);
+
+// Converts a file name given as UTF-16 code units (no terminator) to a path.
+// Surrogate pairs combine into one character; an unpaired surrogate becomes
+// U+FFFD. A null pointer or length <= 0 gives an empty path.
+std::filesystem::path pathFromCodes(const std::int16_t* codes, std::int32_t length);
+
+namespace detail {
+// The routines above with the read block size (bytes) chosen by the caller; the
+// tests use tiny blocks to cross every block boundary.
+RecordCount countFileRecords(const std::filesystem::path& file, std::size_t blockSize);
+std::size_t readSignalFile(const std::filesystem::path& file, std::span<float> signal,
+                           std::size_t blockSize);
+} // namespace detail
+
+} // namespace tarnic

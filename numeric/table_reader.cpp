@@ -1,0 +1,226 @@
+#include "numeric/table_reader.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstring>
+#include <string>
+#include <system_error>
+
+namespace tarnic::detail {
+
+namespace {
+
+enum ByteClass : unsigned char { kOrdinary = 0, kSeparator = 1, kLineEnd = 2 };
+
+constexpr std::array<unsigned char, 256> makeByteClasses() {
+    std::array<unsigned char, 256> classes{};
+    for (unsigned char c : {' ', '\t', ',', ';', '\v', '\f'})
+        classes[c] = kSeparator;
+    classes[static_cast<unsigned char>('\n')] = kLineEnd;
+    classes[static_cast<unsigned char>('\r')] = kLineEnd;
+    return classes;
+}
+
+constexpr std::array<unsigned char, 256> kByteClasses = makeByteClasses();
+
+inline unsigned char byteClass(char c) {
+    return kByteClasses[static_cast<unsigned char>(c)];
+}
+
+inline bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+// For a well-formed number that from_chars found out of float range: true when its
+// magnitude is below one (so it underflowed), false when it overflowed. The value
+// lies in [10^(m-1), 10^m) with m = exponent + integer digits (leading zeros
+// excluded), or m = exponent - leading fraction zeros when the integer part is 0.
+bool magnitudeBelowOne(const char* p, const char* last) {
+    if (p != last && *p == '-') ++p;
+    long long integerDigits = 0;
+    long long leadingFractionZeros = 0;
+    bool nonZeroSeen = false;
+    for (; p != last && isDigit(*p); ++p) {
+        if (nonZeroSeen || *p != '0') {
+            nonZeroSeen = true;
+            ++integerDigits;
+        }
+    }
+    if (p != last && *p == '.') {
+        for (++p; p != last && isDigit(*p); ++p) {
+            if (nonZeroSeen) continue;
+            if (*p == '0')
+                ++leadingFractionZeros;
+            else
+                nonZeroSeen = true;
+        }
+    }
+    long long exponent = 0;
+    if (p != last && (*p == 'e' || *p == 'E')) {
+        ++p;
+        bool negative = false;
+        if (p != last && (*p == '+' || *p == '-')) negative = (*p++ == '-');
+        constexpr long long kCap = 1'000'000'000'000LL; // far beyond any float range
+        for (; p != last && isDigit(*p); ++p)
+            exponent = std::min(kCap, exponent * 10 + (*p - '0'));
+        if (negative) exponent = -exponent;
+    }
+    const long long m = exponent + (integerDigits > 0 ? integerDigits : -leadingFractionZeros);
+    return m <= 0;
+}
+
+} // namespace
+
+FilePtr openFile(const std::filesystem::path& file, const char* mode) {
+#if defined(_WIN32)
+    std::wstring wideMode(mode, mode + std::strlen(mode));
+    return FilePtr(_wfopen(file.c_str(), wideMode.c_str()));
+#else
+    return FilePtr(std::fopen(file.c_str(), mode));
+#endif
+}
+
+bool parseNumber(char* first, char* last, float& value) {
+    if (first == last) return false;
+    if (*first == '+') {
+        // from_chars takes no '+'; a second sign after it is not a number.
+        ++first;
+        if (first == last || *first == '+' || *first == '-') return false;
+    }
+    float parsed = 0.0f;
+    auto result = std::from_chars(first, last, parsed, std::chars_format::general);
+    if (result.ptr != last && result.ptr != first && (*result.ptr == 'd' || *result.ptr == 'D')) {
+        // Fortran exponent letter: from_chars stopped right at it.
+        first[result.ptr - first] = 'e';
+        result = std::from_chars(first, last, parsed, std::chars_format::general);
+    }
+    if (result.ptr != last) return false;
+    if (result.ec == std::errc{}) {
+        if (!std::isfinite(parsed)) return false; // "inf", "nan" and their spellings
+        value = parsed;
+        return true;
+    }
+    if (result.ec == std::errc::result_out_of_range && magnitudeBelowOne(first, last)) {
+        value = (*first == '-') ? -0.0f : 0.0f;
+        return true;
+    }
+    return false;
+}
+
+TableReader::TableReader(const std::filesystem::path& file, std::size_t blockSize)
+    : blockSize_(std::max<std::size_t>(blockSize, 1)) {
+    file_ = openFile(file, "rb");
+    if (!file_) {
+        failed_ = true;
+        exhausted_ = true;
+        return;
+    }
+    // Reads are whole blocks into our own buffer; a second stdio buffer only copies.
+    std::setvbuf(file_.get(), nullptr, _IONBF, 0);
+    // A kept partial field (at most kMaxFieldLength bytes) plus one fresh block.
+    buffer_.resize(blockSize_ + kMaxFieldLength + 1);
+}
+
+bool TableReader::fill(std::size_t keepFrom) {
+    const std::size_t kept = end_ - keepFrom;
+    if (kept > 0 && keepFrom > 0) std::memmove(buffer_.data(), buffer_.data() + keepFrom, kept);
+    pos_ -= keepFrom;
+    end_ = kept;
+    if (exhausted_) return false;
+    const std::size_t got = std::fread(buffer_.data() + end_, 1, blockSize_, file_.get());
+    if (got == 0) {
+        exhausted_ = true;
+        if (std::ferror(file_.get())) failed_ = true;
+        return false;
+    }
+    end_ += got;
+    bytesRead_ += got;
+    return true;
+}
+
+int TableReader::skipSeparators() {
+    for (;;) {
+        while (pos_ < end_ && byteClass(buffer_[pos_]) == kSeparator)
+            ++pos_;
+        if (pos_ < end_) return static_cast<unsigned char>(buffer_[pos_]);
+        if (!fill(pos_)) return -1;
+    }
+}
+
+bool TableReader::skipLine() {
+    for (;;) {
+        while (pos_ < end_ && byteClass(buffer_[pos_]) != kLineEnd)
+            ++pos_;
+        if (pos_ < end_) {
+            ++pos_;
+            atLineStart_ = true;
+            return true;
+        }
+        if (!fill(pos_)) return false;
+    }
+}
+
+void TableReader::skipByteOrderMark() {
+    started_ = true;
+    while (end_ - pos_ < 3 && fill(pos_)) {
+    }
+    if (end_ - pos_ >= 3 && std::memcmp(buffer_.data() + pos_, "\xEF\xBB\xBF", 3) == 0) pos_ += 3;
+}
+
+bool TableReader::nextRecord() {
+    if (!started_) skipByteOrderMark();
+    if (!atLineStart_ && !skipLine()) return false;
+    for (;;) {
+        const int c = skipSeparators();
+        if (c < 0) return false;
+        if (c == '\n' || c == '\r') {
+            ++pos_; // blank line
+            continue;
+        }
+        if (c == '#' || c == '%' || c == '\'') {
+            if (!skipLine()) return false;
+            continue;
+        }
+        atLineStart_ = false;
+        return true;
+    }
+}
+
+FieldKind TableReader::nextField(float& value) {
+    if (atLineStart_) return FieldKind::end;
+    const int c = skipSeparators();
+    if (c < 0) {
+        atLineStart_ = true; // last line without a line end
+        return FieldKind::end;
+    }
+    if (c == '\n' || c == '\r') {
+        ++pos_;
+        atLineStart_ = true;
+        return FieldKind::end;
+    }
+    std::size_t start = pos_;
+    for (;;) {
+        while (pos_ < end_ && byteClass(buffer_[pos_]) == kOrdinary)
+            ++pos_;
+        if (pos_ < end_) break; // stopped at a separator or line end
+        if (pos_ - start > kMaxFieldLength) {
+            // Far too long for a number: step over the rest without keeping it.
+            while (fill(pos_)) {
+                while (pos_ < end_ && byteClass(buffer_[pos_]) == kOrdinary)
+                    ++pos_;
+                if (pos_ < end_) break;
+            }
+            return FieldKind::bad;
+        }
+        const bool more = fill(start);
+        start = 0;        // fill() moved the field to the front of the buffer
+        if (!more) break; // the field ends with the file
+    }
+    if (pos_ - start > kMaxFieldLength) return FieldKind::bad;
+    return parseNumber(buffer_.data() + start, buffer_.data() + pos_, value) ? FieldKind::number
+                                                                             : FieldKind::bad;
+}
+
+} // namespace tarnic::detail

@@ -1,0 +1,230 @@
+#include "numeric/intake.h"
+#include "numeric/table_reader.h"
+#include "test_support.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <optional>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace tarnic {
+namespace {
+
+using test::TempDir;
+using test::writeBytes;
+
+std::optional<float> parse(std::string text) {
+    float value = 0.0f;
+    if (!detail::parseNumber(text.data(), text.data() + text.size(), value)) return std::nullopt;
+    return value;
+}
+
+RecordCount countText(const TempDir& dir, std::string_view text) {
+    writeBytes(dir / "t.dat", text);
+    return countFileRecords(dir / "t.dat");
+}
+
+std::vector<float> readText(const TempDir& dir, std::string_view text, std::size_t n) {
+    writeBytes(dir / "t.dat", text);
+    std::vector<float> values(n, 99.0f);
+    readSignalFile(dir / "t.dat", values);
+    return values;
+}
+
+TEST(NumberText, AcceptsDecimalAndExponentForms) {
+    EXPECT_EQ(parse("0"), 0.0f);
+    EXPECT_EQ(parse("1.5e-3"), 1.5e-3f);
+    EXPECT_EQ(parse(".5"), 0.5f);
+    EXPECT_EQ(parse("-3."), -3.0f);
+    EXPECT_EQ(parse("+2E+07"), 2e7f);
+    EXPECT_EQ(parse("1.0D-3"), 1e-3f);
+    EXPECT_EQ(parse("7d2"), 700.0f);
+    EXPECT_EQ(parse("0.1"), 0.1f);
+    EXPECT_EQ(parse("3.4028235e38"), std::numeric_limits<float>::max());
+    EXPECT_EQ(parse("1e-45"), std::numeric_limits<float>::denorm_min());
+    EXPECT_EQ(parse("000000000000000000000000000000000000000001"), 1.0f);
+}
+
+TEST(NumberText, RoundsOnceToNearestFloat) {
+    EXPECT_EQ(parse("16777217"), 16777216.0f); // tie goes to even
+    // Just above the midpoint between 1 and the next float; rounding through a
+    // double would land on the midpoint and then go down to 1.
+    EXPECT_EQ(parse("1.00000005960464477539062500001"), std::nextafter(1.0f, 2.0f));
+}
+
+TEST(NumberText, TinyMagnitudesBecomeSignedZero) {
+    ASSERT_EQ(parse("1e-50"), 0.0f);
+    EXPECT_TRUE(std::signbit(*parse("-1e-50")));
+    EXPECT_EQ(parse("-0.0000000000000000000000000000000000000000000000001e-3"), 0.0f);
+    EXPECT_EQ(parse("1e-99999999999999999999"), 0.0f);
+    EXPECT_TRUE(std::signbit(*parse("-0")));
+}
+
+TEST(NumberText, RejectsEverythingElse) {
+    // clang-format off
+    const char* const rejected[] = {
+        "", "abc", "1.5x", "nan", "-nan", "inf", "-inf", "infinity", "1e39", "-1e39",
+        "3.4028236e38", "1e99999999999999999999", "1e", "1e+", ".", "-", "+", "+-1", "++1",
+        "--1", "1.2.3", "0x10", "1e5.5", "1d", "d5", "1 ", " 1", "1_000"};
+    // clang-format on
+    for (const char* text : rejected)
+        EXPECT_EQ(parse(text), std::nullopt) << '"' << text << '"';
+}
+
+TEST(CountRecords, LineEndsOfEveryKind) {
+    TempDir dir;
+    const RecordCount three{3, kGoodFile};
+    EXPECT_EQ(countText(dir, "1\n2\n3\n"), three);
+    EXPECT_EQ(countText(dir, "1\r\n2\r\n3\r\n"), three);
+    EXPECT_EQ(countText(dir, "1\n2\n3"), three);
+    EXPECT_EQ(countText(dir, "1\r2\r3\r"), three);
+}
+
+TEST(CountRecords, SkipsByteOrderMarkCommentsAndBlankLines) {
+    TempDir dir;
+    EXPECT_EQ(countText(dir, "\xEF\xBB\xBF"
+                             "1\n2\n"),
+              (RecordCount{2, kGoodFile}));
+    EXPECT_EQ(countText(dir, "# head\n\n \t\n% x\n' y\n1 a\n  # indented\n;,\n2\n\n"),
+              (RecordCount{2, kGoodFile}));
+    // A byte-order mark anywhere but the start is text.
+    EXPECT_EQ(countText(dir, "1\n\xEF\xBB\xBF"
+                             "2\n"),
+              (RecordCount{1, 2}));
+}
+
+TEST(CountRecords, OnlyTheFirstFieldIsChecked) {
+    TempDir dir;
+    EXPECT_EQ(countText(dir, "1,2\n3;4\n\t5\t6\n ,;7 8\n9 abc nan\n"), (RecordCount{5, kGoodFile}));
+    EXPECT_EQ(readText(dir, "1,2\n3;4\n\t5\t6\n ,;7 8\n9 abc nan\n", 5),
+              (std::vector<float>{1, 3, 5, 7, 9}));
+}
+
+TEST(CountRecords, WrongStructureNamesTheRecordAmongDataRecords) {
+    TempDir dir;
+    EXPECT_EQ(countText(dir, "# c\n1\n2\n\n# c\n3\nabc\n5\n"), (RecordCount{3, 4}));
+    EXPECT_EQ(countText(dir, "abc\n1\n"), (RecordCount{0, 1}));
+    for (const char* bad : {"nan", "inf", "1e39", "1.5x", "1.2.3"})
+        EXPECT_EQ(countText(dir, std::string("1\n") + bad + " 2\n3\n"), (RecordCount{1, 2})) << bad;
+}
+
+TEST(CountRecords, EmptyUnreadableAndRecordlessFiles) {
+    TempDir dir;
+    EXPECT_EQ(countText(dir, ""), (RecordCount{0, kEmptyFile}));
+    EXPECT_EQ(countText(dir, "# only a comment\n\n"), (RecordCount{0, 1}));
+    EXPECT_EQ(countText(dir, "\xEF\xBB\xBF"), (RecordCount{0, 1}));
+    EXPECT_EQ(countFileRecords(dir / "missing.dat"), (RecordCount{0, 1}));
+    EXPECT_EQ(countFileRecords(dir.path()), (RecordCount{0, 1})); // a directory
+}
+
+TEST(CountRecords, BinaryGarbageStopsAtTheFirstBadRecord) {
+    TempDir dir;
+    EXPECT_EQ(countText(dir, std::string("1\n2\n\0\0\x01\xff\n3\n", 12)), (RecordCount{2, 3}));
+    std::mt19937 random(7);
+    for (int trial = 0; trial < 20; ++trial) {
+        std::string bytes(20000, '\0');
+        for (char& b : bytes)
+            b = static_cast<char>(random());
+        const RecordCount count = countText(dir, bytes);
+        ASSERT_NE(count.status, kEmptyFile);
+        // The records counted good are exactly the ones that can be read.
+        std::vector<float> values(static_cast<std::size_t>(count.records) + 1);
+        EXPECT_EQ(readSignalFile(dir / "t.dat", values), static_cast<std::size_t>(count.records));
+    }
+}
+
+TEST(CountRecords, HugeLinesNeedNoMemory) {
+    TempDir dir;
+    const std::string garbage(4 << 20, 'x');
+    EXPECT_EQ(countText(dir, garbage), (RecordCount{0, 1}));
+    // A long tail after a good first field is skipped.
+    EXPECT_EQ(countText(dir, "1 " + garbage + "\n2\n"), (RecordCount{2, kGoodFile}));
+    // First fields are read up to kMaxFieldLength bytes.
+    const std::string longest = std::string(detail::kMaxFieldLength - 1, '0') + "1";
+    EXPECT_EQ(countText(dir, longest + "\n0" + longest + "\n"), (RecordCount{1, 2}));
+}
+
+// Tricky tables read identically whatever the read block size, so every field,
+// line end and byte-order mark split across two blocks is handled.
+TEST(CountRecords, BlockBoundariesDoNotMatter) {
+    TempDir dir;
+    const std::string tables[] = {
+        "\xEF\xBB\xBF-1.25e+1,2\r\n# c\r\n\r\n  +3.5d-1 ; x\r\n.5",
+        "1\r2\r\n\n3 " + std::string(9000, 'y') + "\n4",
+        "12345678 \n" + std::string(detail::kMaxFieldLength - 1, '0') + "9\n0" +
+            std::string(detail::kMaxFieldLength - 1, '0') + "9\n",
+        "\xEF\xBB", // a truncated mark is text
+        "1\n2\n3.0e",
+    };
+    for (const std::string& table : tables) {
+        writeBytes(dir / "t.dat", table);
+        const RecordCount expected = countFileRecords(dir / "t.dat");
+        std::vector<float> want(8), got(8);
+        readSignalFile(dir / "t.dat", want);
+        for (std::size_t block : {1, 2, 3, 5, 7, 64}) {
+            EXPECT_EQ(detail::countFileRecords(dir / "t.dat", block), expected) << block;
+            detail::readSignalFile(dir / "t.dat", got, block);
+            EXPECT_EQ(got, want) << block;
+        }
+    }
+    EXPECT_EQ(countText(dir, tables[0]), (RecordCount{3, kGoodFile}));
+    EXPECT_EQ(readText(dir, tables[0], 3), (std::vector<float>{-12.5f, 0.35f, 0.5f}));
+    EXPECT_EQ(countText(dir, tables[2]), (RecordCount{2, 3}));
+}
+
+TEST(ReadSignal, ReadsExactValuesAndZeroFillsTheRest) {
+    TempDir dir;
+    EXPECT_EQ(readText(dir, "1.5 10\n-2.25e1,3\n# c\n+7\n.1\n", 4),
+              (std::vector<float>{1.5f, -22.5f, 7.0f, 0.1f}));
+    EXPECT_EQ(readText(dir, "1\n2\n3\n", 5), (std::vector<float>{1, 2, 3, 0, 0}));
+    EXPECT_EQ(readText(dir, "1\n2\nx\n4\n", 4), (std::vector<float>{1, 2, 0, 0}));
+    EXPECT_EQ(readText(dir, "1\n2\n3\n4\n", 2), (std::vector<float>{1, 2}));
+
+    std::vector<float> values(3, 99.0f);
+    EXPECT_EQ(readSignalFile(dir / "missing.dat", values), 0u);
+    EXPECT_EQ(values, std::vector<float>(3, 0.0f));
+}
+
+// Byte strings, so failures print readably.
+std::string bytes(std::u8string_view text) {
+    return {text.begin(), text.end()};
+}
+
+std::string utf8Of(std::initializer_list<std::uint16_t> units) {
+    std::vector<std::int16_t> codes;
+    for (std::uint16_t u : units)
+        codes.push_back(static_cast<std::int16_t>(u));
+    return bytes(pathFromCodes(codes.data(), static_cast<std::int32_t>(codes.size())).u8string());
+}
+
+TEST(PathFromCodes, ConvertsUtf16ToUtf8) {
+    EXPECT_EQ(utf8Of({'a', '/', 'b'}), bytes(u8"a/b"));
+    EXPECT_EQ(utf8Of({0x00D6, 'l'}), bytes(u8"Öl"));
+    EXPECT_EQ(utf8Of({0x20AC, 0xFFFF}), bytes(u8"€\uFFFF"));
+    EXPECT_EQ(utf8Of({0xD834, 0xDD1E}), bytes(u8"𝄞"));
+    // Unpaired surrogates: a lone high one before a letter, at the end, a lone low one.
+    EXPECT_EQ(utf8Of({0xD834, 'x', 0xDD1E, 0xD834}), bytes(u8"\uFFFDx\uFFFD\uFFFD"));
+    const std::int16_t one = 'a';
+    EXPECT_TRUE(pathFromCodes(&one, 0).empty());
+    EXPECT_TRUE(pathFromCodes(&one, -3).empty());
+    EXPECT_TRUE(pathFromCodes(nullptr, 4).empty());
+}
+
+TEST(PathFromCodes, OpensFilesWithNonAsciiNames) {
+    TempDir dir;
+    const auto folder = dir / std::filesystem::path(u8"Ölmessung");
+    std::filesystem::create_directory(folder);
+    writeBytes(folder / std::filesystem::path(u8"𝄞.dat"), "4\n5\n");
+    const std::u16string name = (folder / std::filesystem::path(u8"𝄞.dat")).u16string();
+    const std::vector<std::int16_t> codes(name.begin(), name.end());
+    EXPECT_EQ(
+        countFileRecords(pathFromCodes(codes.data(), static_cast<std::int32_t>(codes.size()))),
+        (RecordCount{2, kGoodFile}));
+}
+
+} // namespace
+} // namespace tarnic
