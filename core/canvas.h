@@ -1,0 +1,96 @@
+// A drawing layer in twips with a backing image: what is drawn stays until Cls,
+// and repainting a window only copies the image.
+//
+// The logical operations are kept exact: when recording is on, every Cls, Line,
+// filled box and PSet is stored with its coordinates, colour, width and style,
+// which is what tests inspect. The rendering is thrifty: a run of connected
+// segments with one pen is collected and drawn as one polyline, reduced to the
+// first, lowest, highest and last point of every pixel column it crosses (the
+// picture is the same as drawing every segment); filled boxes are written straight
+// into the image's scan lines, so a map cell smaller than a pixel costs a few
+// memory writes rather than a painter call.
+#pragma once
+
+#include <QColor>
+#include <QImage>
+#include <QPointF>
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+class QPainter;
+
+namespace tarnic {
+
+enum class DrawKind { Cls, Segment, Box, Dot };
+
+struct DrawOp {
+    DrawKind kind;
+    float x1, y1, x2, y2; // twips; for a Box x2, y2 are its width and height
+    QRgb color;
+    int width;
+    int style;
+};
+
+// The flags of Line: 4 draws a segment, 0x2c a filled box from (x, y) with
+// width and height; PSet takes the flag 0.
+inline constexpr int kLineSegment = 4;
+inline constexpr int kLineFilledBox = 0x2c;
+
+class Canvas {
+  public:
+    Canvas();
+    ~Canvas();
+    Canvas(const Canvas&) = delete;
+    Canvas& operator=(const Canvas&) = delete;
+
+    // Sets the drawing area in pixels; the content is cleared to the background.
+    void resize(int pixelWidth, int pixelHeight);
+    double ScaleWidth() const;
+    double ScaleHeight() const;
+
+    QColor ForeColor{Qt::black};
+    int DrawWidth = 1; // device pixels
+    int DrawStyle = 0; // 0 solid, 1 dashes, 2 dots
+    QColor BackColor{Qt::white};
+
+    void Cls();
+    void Line(int flag, double x1, double y1, double x2, double y2, int color = 0);
+    void PSet(int flag, double x, double y, int color = 0);
+
+    void setRecording(bool on) { recording_ = on; }
+    bool recording() const { return recording_; }
+    const std::vector<DrawOp>& record() const { return record_; }
+    void clearRecord() { record_.clear(); }
+    // Number of drawing calls actually issued to the image (painter calls and
+    // direct box fills); a measure of the rendering cost.
+    std::uint64_t paintedCount() const { return painted_; }
+
+    // The finished picture (pending runs drawn first).
+    const QImage& image();
+
+  private:
+    struct Pen {
+        QRgb color;
+        int width;
+        int style;
+        bool operator==(const Pen&) const = default;
+    };
+    QPainter& painter();
+    void endPainter();
+    void flushRun();
+    void fillBox(double x, double y, double w, double h, QRgb color);
+    void note(DrawKind kind, double x1, double y1, double x2, double y2);
+
+    QImage image_;
+    std::unique_ptr<QPainter> painter_;
+    std::vector<QPointF> run_; // pixels
+    Pen runPen_{};
+    double runEndX_ = 0, runEndY_ = 0; // twips end of the pending run
+    bool recording_ = false;
+    std::vector<DrawOp> record_;
+    std::uint64_t painted_ = 0;
+};
+
+} // namespace tarnic

@@ -1,0 +1,142 @@
+// Form1, the main window: it owns the loaded signal, the spectra, the analysis
+// parameters and the file browser, and decides by enabling and disabling
+// controls what the user may do next.
+//
+// Stages: Start (after Load or Other File: only the browser works), Rejected (a
+// double-click ended in a red message), Loaded (the signal is drawn in the upper
+// third of Picture1 and the work controls are open), Spectra shown.
+#pragma once
+
+#include "core/array1.h"
+#include "core/browser.h"
+#include "core/form.h"
+#include "core/modul.h"
+
+#include <QString>
+
+#include <cstdint>
+#include <memory>
+
+namespace tarnic {
+
+struct Form1Controls {
+    explicit Form1Controls(FormWindow& window);
+
+    DriveList* Drive1;
+    DirList* Dir1;
+    FileList* File1;
+    Label* Label2;
+    Button* OtherFileButton;
+    Button* ExitButton;
+    Button* HelpButton;
+    Label* MessLineLabel;
+    Label* Y_axis_Label;
+    PlotSurface* Picture1;
+    LineObject* Line_Left;
+    LineObject* Line_Right;
+    Button* DemplxButton;
+    Button* WaveFiltButton;
+    Button* ShowSignGrafButton;
+    Frame* Frame1;
+    Button* LaunchButton;
+    Button* SaveSpButton;
+    Button* ZoomButton;
+    Button* SvanArButton;
+    Frame* FrameSpectraView;
+    CheckBox* LogY_Check;
+    CheckBox* LogX_Check;
+    CheckBox* FreqCheck;
+    Frame* DownSampFrame;
+    Button* WinzorButton;
+    Button* IncremButton;
+    TextBox* DownStepText;
+    Label* DownStepLabel;
+    Button* DownSampButton;
+    Frame* WP_OptionFrame;
+    OptionButton* Option1;
+    OptionButton* Option2;
+    OptionButton* Option3;
+    OptionButton* Option4;
+    Label* LevMaxLabel;
+    TextBox* LevMaxText;
+    Button* WavePackButton;
+    Frame* FrameHScroll;
+    ScrollBar* HScroll_Left;
+    ScrollBar* HScroll_Right;
+    Label* Label1;
+    Frame* FrameMainParam;
+    Label* AR_OrderLabel;
+    TextBox* AR_OrderText;
+    Label* DeltaT_Label;
+    TextBox* DeltaT_Text;
+    Label* Time0_Label;
+    TextBox* Time0_Text;
+    Label* AR_LengthLabel;
+    TextBox* AR_Length_Text;
+    Frame* FrameBackParam;
+    Label* SetLengLabel;
+    TextBox* TimeLengText;
+    Label* SetRadLabel;
+    TextBox* RadiusText;
+    std::unique_ptr<CursorPair> cursors;
+};
+
+class Form1 : public FormOf<Form1Controls> {
+  public:
+    explicit Form1(Workbench& workbench);
+
+    static constexpr const char* kStartCaption = "   Varnholt,    Orvane.";
+    static constexpr const char* kWorkCaption = "   Varnholt,   Orvane.";
+
+    // The loaded signal and what the intake derived from it.
+    Array1<float> Signal;
+    std::int32_t Nrec = 0;
+    float SignalMin = 0, SignalMax = 0, SignalRange = 0;
+    QString InFileName;
+    QString InFilePath;
+    Array1<std::int16_t> PathCodes;
+    std::int32_t PathLen = 0;
+    std::int32_t LevPow = 0, LevPowLength = 0, LevMax = 0;
+    std::int32_t SpectraReady = 0;
+
+    // The spectra of the last run and their display.
+    float DeltaT = 0;
+    std::int32_t LengF = 0, MM = 0, FftLengFour = 0, NfFour = 0;
+    Array1<float> SpFour, FreqFour;
+    std::int32_t LengAR = 0, Nar = 0, FftLengAR = 0, NfAR = 0;
+    Array1<float> SpAR, FreqAR, SpARWindow;
+    Array1<float> PlotX, PlotY;
+    float PlotXMin = 0, PlotXMax = 0, PlotXRange = 0, PlotYRange = 0;
+
+    // Derived series and wavelet-packet results.
+    Array1<float> DownSignal;
+    Array1<float> WdcMean, WdcScale, WdcData, WdcPower, WdcTmin, WdcTmax;
+    Array1<float> WaveBasis;
+
+    // Gating of the controls.
+    void DisableSpectraGroup();
+    void DisableWorkGroup();
+    void EnableWorkGroup();
+    void ResetCursors();
+
+    // Event handlers.
+    void File1_Click();
+    void File1_DblClick();
+    void Dir1_Change();
+    void Drive1_Change();
+    void OtherFileButton_Click();
+    void ExitButton_Click();
+    void Picture1_MouseMove(int button, int shift, float x, float y);
+
+  protected:
+    void connectHandlers() override;
+    void Form_Load() override;
+    void Form_Unload() override;
+
+  private:
+    void showMessage(const QString& text);
+    void commonRejection();
+    void refreshBrowserAfterFailure();
+};
+
+} // namespace tarnic

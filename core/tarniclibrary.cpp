@@ -1,0 +1,72 @@
+#include "core/tarniclibrary.h"
+
+#include "numeric/tarnic_api.h"
+
+#include <dlfcn.h>
+
+namespace tarnic {
+
+std::filesystem::path executableDirectory() {
+    std::error_code ec;
+    const auto exe = std::filesystem::read_symlink("/proc/self/exe", ec);
+    return ec ? std::filesystem::current_path() : exe.parent_path();
+}
+
+TarnicLibrary::TarnicLibrary() : preferred_(executableDirectory() / "Tarnic.dll") {}
+
+TarnicLibrary& TarnicLibrary::instance() {
+    static TarnicLibrary library;
+    return library;
+}
+
+void TarnicLibrary::setPreferredFile(std::filesystem::path file) {
+    unload();
+    preferred_ = std::move(file);
+}
+
+void TarnicLibrary::setPlatformSearch(bool enabled) {
+    unload();
+    platformSearch_ = enabled;
+}
+
+void TarnicLibrary::unload() {
+    if (handle_) dlclose(handle_);
+    handle_ = nullptr;
+}
+
+void* TarnicLibrary::symbol(const char* name) {
+    if (!handle_) {
+        std::error_code ec;
+        if (std::filesystem::is_regular_file(preferred_, ec))
+            handle_ = dlopen(preferred_.c_str(), RTLD_NOW | RTLD_LOCAL);
+        if (!handle_ && platformSearch_) handle_ = dlopen("Tarnic.dll", RTLD_NOW | RTLD_LOCAL);
+        if (!handle_) throw LibraryError("Tarnic.dll cannot be loaded");
+    }
+    void* address = dlsym(handle_, name);
+    if (!address) throw LibraryError(std::string("Tarnic.dll has no routine ") + name);
+    return address;
+}
+
+namespace {
+template <class Fn> Fn* resolve(const char* name) {
+    return reinterpret_cast<Fn*>(TarnicLibrary::instance().symbol(name));
+}
+} // namespace
+
+namespace dll {
+void CountFileRecords_dll(std::int16_t& pathCodes, std::int32_t& pathLen, std::int32_t& nrec,
+                          std::int32_t& status) {
+    resolve<decltype(::CountFileRecords_dll)>("CountFileRecords_dll")(&pathCodes, &pathLen, &nrec,
+                                                                       &status);
+}
+void ReadSignalFile_dll(std::int16_t& pathCodes, std::int32_t& pathLen, std::int32_t& nrec,
+                        float& signal) {
+    resolve<decltype(::ReadSignalFile_dll)>("ReadSignalFile_dll")(&pathCodes, &pathLen, &nrec,
+                                                                   &signal);
+}
+void DemulplexTable_dll(std::int16_t& pathCodes, std::int32_t& pathLen, std::int32_t& nrec) {
+    resolve<decltype(::DemulplexTable_dll)>("DemulplexTable_dll")(&pathCodes, &pathLen, &nrec);
+}
+} // namespace dll
+
+} // namespace tarnic

@@ -1,0 +1,59 @@
+// The program's side of the binding to Tarnic.dll.
+//
+// The library is loaded on the first call of any routine: first from the folder
+// of the executable, then by the platform's own search (LD_LIBRARY_PATH, the
+// loader's cache). Each routine is resolved by its name. A library or routine
+// that cannot be found raises LibraryError, a run-time error that only the file
+// intake catches; no other call site guards against it, because no work can get
+// past the intake without the library.
+//
+// The wrappers in namespace dll keep the binding visible at every call site:
+// every argument by reference, arrays by their first element, file names as
+// 16-bit character codes plus a length.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+
+namespace tarnic {
+
+class LibraryError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+class TarnicLibrary {
+  public:
+    static TarnicLibrary& instance();
+
+    // The file looked for before the platform's search; by default Tarnic.dll
+    // beside the running executable. Changing it forgets a loaded library.
+    void setPreferredFile(std::filesystem::path file);
+    // When false, the platform's own search is not tried after the preferred file.
+    void setPlatformSearch(bool enabled);
+    void unload();
+    bool isLoaded() const { return handle_ != nullptr; }
+
+    // Loads the library if needed and returns the address of `name`.
+    void* symbol(const char* name);
+
+  private:
+    TarnicLibrary();
+    void* handle_ = nullptr;
+    std::filesystem::path preferred_;
+    bool platformSearch_ = true;
+};
+
+std::filesystem::path executableDirectory();
+
+namespace dll {
+void CountFileRecords_dll(std::int16_t& pathCodes, std::int32_t& pathLen, std::int32_t& nrec,
+                          std::int32_t& status);
+void ReadSignalFile_dll(std::int16_t& pathCodes, std::int32_t& pathLen, std::int32_t& nrec,
+                        float& signal);
+void DemulplexTable_dll(std::int16_t& pathCodes, std::int32_t& pathLen, std::int32_t& nrec);
+} // namespace dll
+
+} // namespace tarnic
