@@ -13,11 +13,13 @@ ArFit burgFit(std::span<const double> x, std::size_t order, bool removeMean) {
     ArFit fit;
     double mean = 0.0;
     if (removeMean && n > 0) {
-        for (double v : x) mean += v;
+        for (double v : x)
+            mean += v;
         mean /= static_cast<double>(n);
     }
     double sumSquares = 0.0;
-    for (double v : x) sumSquares += (v - mean) * (v - mean);
+    for (double v : x)
+        sumSquares += (v - mean) * (v - mean);
     fit.meanSquare = n > 0 ? sumSquares / static_cast<double>(n) : 0.0;
     fit.noiseVariance = fit.meanSquare;
 
@@ -47,7 +49,8 @@ ArFit burgFit(std::span<const double> x, std::size_t order, bool removeMean) {
 
         previous = fit.phi;
         fit.phi.push_back(k);
-        for (std::size_t j = 0; j + 1 < p; ++j) fit.phi[j] = previous[j] - k * previous[p - 2 - j];
+        for (std::size_t j = 0; j + 1 < p; ++j)
+            fit.phi[j] = previous[j] - k * previous[p - 2 - j];
         fit.reflection.push_back(k);
         fit.noiseVariance *= (1.0 - k) * (1.0 + k);
 
@@ -68,11 +71,12 @@ void arDensity(const ArFit& fit, std::span<double> out) {
     const std::size_t nf = out.size();
     if (nf == 0) return;
     const std::size_t size = 2 * nf;
-    const RealFftPlan& plan = realFftPlan(size);
+    const RealFftPlan& plan = realFftPlan(size, FftDirection::Forward);
     FftBuffer<double> poly(size);
     FftBuffer<fftw_complex> bins(nf + 1);
     poly[0] = 1.0;
-    for (std::size_t j = 0; j < fit.phi.size(); ++j) poly[(j + 1) % size] -= fit.phi[j];
+    for (std::size_t j = 0; j < fit.phi.size(); ++j)
+        poly[(j + 1) % size] -= fit.phi[j];
     plan.forward(poly.data(), bins.data());
 
     const double r0 = fit.meanSquare;

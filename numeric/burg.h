@@ -37,10 +37,11 @@ ArFit burgFit(std::span<const double> x, std::size_t order, bool removeMean);
 //     nu_i = i / (2 * out.size()),   i = 0 .. out.size() - 1,
 // i.e. from 0 up to one step below the Nyquist frequency 1/2:
 //     out[i] = 2 * sigma2 / |A(nu_i)|^2,
-// so that sum_i out[i] / (2 * out.size()) approximates meanSquare (exactly, up to
-// the end bins: (out[0]/2 + out[1] + ... + out[n-1] + value at 1/2) / (2n)
-// equals the aliased model autocovariance at lag 0, which is meanSquare for any
-// stretch that is short against 2n).
+// so that sum_i out[i] / (2 * out.size()) approximates meanSquare. Exactly,
+// with M = 2 * out.size(): (out[0]/2 + out[1] + ... + out[n-1] + S(1/2)) / M,
+// the mean of the two-sided density over M frequencies, is the model's
+// autocovariance at lag 0, which is meanSquare, plus those at lags M, 2M, ...
+// (negligible unless the model has lines sharper than the grid).
 // A(nu) comes from one real FFT of size 2 * out.size() of the zero-padded
 // polynomial [1, -phi_1, ..., -phi_p]; an order beyond that size is folded onto it
 // (coefficient j added at j mod size), which is exact at those frequencies.

@@ -5,6 +5,7 @@
 #include <mutex>
 #include <new>
 #include <stdexcept>
+#include <utility>
 
 namespace tarnic {
 namespace {
@@ -15,7 +16,7 @@ std::mutex plannerMutex;
 
 } // namespace
 
-RealFftPlan::RealFftPlan(std::size_t n) : n_(n) {
+RealFftPlan::RealFftPlan(std::size_t n, FftDirection direction) : n_(n), direction_(direction) {
     if (n == 0 || n > static_cast<std::size_t>(std::numeric_limits<int>::max()))
         throw std::length_error("FFT length out of range");
     // The planner only needs arrays of the right size and alignment; with
@@ -24,37 +25,35 @@ RealFftPlan::RealFftPlan(std::size_t n) : n_(n) {
     FftBuffer<fftw_complex> bins(n / 2 + 1);
     const int size = static_cast<int>(n);
     std::lock_guard lock(plannerMutex);
-    forward_ = fftw_plan_dft_r2c_1d(size, real.data(), bins.data(), FFTW_ESTIMATE);
-    backward_ = fftw_plan_dft_c2r_1d(size, bins.data(), real.data(), FFTW_ESTIMATE);
-    if (!forward_ || !backward_) {
-        if (forward_) fftw_destroy_plan(forward_);
-        if (backward_) fftw_destroy_plan(backward_);
-        throw std::bad_alloc();
-    }
+    plan_ = direction == FftDirection::Forward
+                ? fftw_plan_dft_r2c_1d(size, real.data(), bins.data(), FFTW_ESTIMATE)
+                : fftw_plan_dft_c2r_1d(size, bins.data(), real.data(), FFTW_ESTIMATE);
+    if (!plan_) throw std::bad_alloc();
 }
 
 RealFftPlan::~RealFftPlan() {
     std::lock_guard lock(plannerMutex);
-    fftw_destroy_plan(forward_);
-    fftw_destroy_plan(backward_);
+    fftw_destroy_plan(plan_);
 }
 
 void RealFftPlan::forward(double* in, fftw_complex* out) const {
-    fftw_execute_dft_r2c(forward_, in, out);
+    if (direction_ != FftDirection::Forward) throw std::logic_error("backward plan run forward");
+    fftw_execute_dft_r2c(plan_, in, out);
 }
 
 void RealFftPlan::backward(fftw_complex* in, double* out) const {
-    fftw_execute_dft_c2r(backward_, in, out);
+    if (direction_ != FftDirection::Backward) throw std::logic_error("forward plan run backward");
+    fftw_execute_dft_c2r(plan_, in, out);
 }
 
-const RealFftPlan& realFftPlan(std::size_t n) {
+const RealFftPlan& realFftPlan(std::size_t n, FftDirection direction) {
     // Plans are never removed, so a reference handed out stays valid. The map has
     // its own lock: making a plan takes the planner lock inside the constructor.
     static std::mutex cacheMutex;
-    static std::map<std::size_t, std::unique_ptr<RealFftPlan>> cache;
+    static std::map<std::pair<std::size_t, FftDirection>, std::unique_ptr<RealFftPlan>> cache;
     std::lock_guard lock(cacheMutex);
-    std::unique_ptr<RealFftPlan>& slot = cache[n];
-    if (!slot) slot = std::make_unique<RealFftPlan>(n);
+    std::unique_ptr<RealFftPlan>& slot = cache[{n, direction}];
+    if (!slot) slot = std::make_unique<RealFftPlan>(n, direction);
     return *slot;
 }
 

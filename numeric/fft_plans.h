@@ -5,12 +5,12 @@
 // of threads at once. So every plan is made here, under one process-wide mutex,
 // and the routines execute it on buffers of their own:
 //
-//     const RealFftPlan& plan = realFftPlan(n);      // made once per size, kept
+//     const RealFftPlan& plan = realFftPlan(n, FftDirection::Forward); // kept
 //     FftBuffer<double> x(n);  FftBuffer<fftw_complex> X(n / 2 + 1);
 //     plan.forward(x.data(), X.data());               // any thread
 //
-// All plans are out of place and made with FFTW_ESTIMATE: planning costs next to
-// nothing and the chosen algorithm, hence every rounding, is the same on every run.
+// All plans are out of place and made with FFTW_ESTIMATE: no trial runs, and the
+// chosen algorithm, hence every rounding, is the same on every run.
 // Buffers come from fftw_malloc, so they have the alignment the plan was made for.
 //
 // Transforms are unnormalised, as in FFTW:
@@ -53,30 +53,37 @@ template <class T> class FftBuffer {
     std::unique_ptr<T[], Free> data_;
 };
 
-// A pair of plans for real data of length n: forward (real to n/2 + 1 complex
-// bins) and backward (n/2 + 1 bins to n reals; it overwrites its input).
+enum class FftDirection {
+    Forward,  // n reals to n/2 + 1 bins
+    Backward, // n/2 + 1 bins to n reals (overwrites its input)
+};
+
+// A plan for real data of length n in one direction. Making one is the costly
+// part (for n = 10^6 about a tenth of a second, and the first execution as much
+// again while FFTW settles its tables); executing it again is cheap.
 class RealFftPlan {
   public:
-    explicit RealFftPlan(std::size_t n);
+    RealFftPlan(std::size_t n, FftDirection direction);
     ~RealFftPlan();
     RealFftPlan(const RealFftPlan&) = delete;
     RealFftPlan& operator=(const RealFftPlan&) = delete;
 
     std::size_t size() const { return n_; }
-    // in: n reals, out: n/2 + 1 bins; both from FftBuffer.
+    // Forward plans only. in: n reals, out: n/2 + 1 bins; both from FftBuffer.
     void forward(double* in, fftw_complex* out) const;
-    // in: n/2 + 1 bins (destroyed), out: n reals; both from FftBuffer.
+    // Backward plans only. in: n/2 + 1 bins (destroyed), out: n reals; both from
+    // FftBuffer.
     void backward(fftw_complex* in, double* out) const;
 
   private:
     std::size_t n_;
-    fftw_plan forward_ = nullptr;
-    fftw_plan backward_ = nullptr;
+    FftDirection direction_;
+    fftw_plan plan_ = nullptr;
 };
 
-// The plan pair for length n (n >= 1), made on first use and kept for the life of
-// the process. Meant for the few sizes that recur (transform sizes of spectra);
-// a routine that meets an arbitrary length once should own a RealFftPlan instead.
-const RealFftPlan& realFftPlan(std::size_t n);
+// The plan for length n (n >= 1), made on first use and kept for the life of the
+// process. Meant for the few sizes that recur (transform sizes of spectra); a
+// routine that meets an arbitrary length once should own a RealFftPlan instead.
+const RealFftPlan& realFftPlan(std::size_t n, FftDirection direction);
 
 } // namespace tarnic

@@ -13,11 +13,7 @@
 
 #include <cstdint>
 
-#if defined(TARNIC_BUILDING_LIBRARY)
-#define TARNIC_EXPORT extern "C" __attribute__((visibility("default")))
-#else
-#define TARNIC_EXPORT extern "C"
-#endif
+#include "numeric/tarnic_export.h"
 
 // Checks a plain-text table and counts its records (see numeric/intake.h).
 // status: 0 the file has size zero; nrec + 1 the record of that number has a
@@ -36,3 +32,29 @@ TARNIC_EXPORT void ReadSignalFile_dll(const std::int16_t* pathCodes, std::int32_
 // names and what each file holds). Writes nothing for a single-column table.
 TARNIC_EXPORT void DemulplexTable_dll(const std::int16_t* pathCodes, std::int32_t* pathLen,
                                       std::int32_t* nrec);
+
+// Resamples signal[0 .. nrec-1] by the Fourier method to a coarser step of *step
+// samples (below 1 counts as 1; see numeric/resample.h). On entry *outLen is the
+// capacity of downSignal; on return it holds the number of values written,
+// floor(nrec / step) cut to the capacity, and *step the ratio actually used,
+// nrec / *outLen. Output k (1-based) is the value at the end of the k-th step,
+// 1-based input sample k * step: the last one falls on the last sample.
+TARNIC_EXPORT void DownSample_dll(const float* signal, std::int32_t* nrec, float* step,
+                                  float* downSignal, std::int32_t* outLen);
+
+// Background Fourier estimate of the whole signal (see numeric/welch.h): Hann-
+// tapered, mean-removed windows of lengF samples at least half overlapping, from
+// the first sample to the last; periodograms on fftLengFour points, smoothed over
+// frequency with radius mm bins, averaged. spFour[i], i = 0 .. fftLengFour/2 - 1,
+// is the one-sided density per cycle per sample at frequency i / fftLengFour;
+// every value is positive.
+TARNIC_EXPORT void SpectAn_dll(const float* signal, std::int32_t* nrec, std::int32_t* lengF,
+                               std::int32_t* fftLengFour, std::int32_t* mm, float* spFour);
+
+// Burg maximum entropy spectrum of the mean-removed stretch samples[0 .. count-1]
+// with an autoregressive model of order nar (see numeric/burg.h). result[i],
+// i = 0 .. nfAR - 1, is the one-sided density per cycle per sample at frequency
+// i / (2 nfAR); every value is finite and positive. Safe to call from several
+// threads at once.
+TARNIC_EXPORT void BurgH_dll(const float* samples, std::int32_t* count, std::int32_t* nfAR,
+                             std::int32_t* nar, float* result);

@@ -45,20 +45,24 @@ std::vector<double> densityOf(std::span<const T> x, std::size_t length, std::siz
             taper[j] = 0.5 * (1.0 - std::cos(2.0 * std::numbers::pi * static_cast<double>(j) /
                                              static_cast<double>(len)));
     double taperEnergy = 0.0;
-    for (double w : taper) taperEnergy += w * w;
+    for (double w : taper)
+        taperEnergy += w * w;
 
-    const RealFftPlan& plan = realFftPlan(m);
+    const RealFftPlan& plan = realFftPlan(m, FftDirection::Forward);
     FftBuffer<double> frame(m); // zero beyond len: the padding
     FftBuffer<fftw_complex> bins(half + 1);
     std::vector<double> sum(half + 1, 0.0);
     for (std::size_t start : starts) {
         const T* window = x.data() + start;
         double mean = 0.0;
-        for (std::size_t j = 0; j < len; ++j) mean += window[j];
+        for (std::size_t j = 0; j < len; ++j)
+            mean += window[j];
         mean /= static_cast<double>(len);
-        for (std::size_t j = 0; j < len; ++j) frame[j] = (window[j] - mean) * taper[j];
+        for (std::size_t j = 0; j < len; ++j)
+            frame[j] = (window[j] - mean) * taper[j];
         plan.forward(frame.data(), bins.data());
-        for (std::size_t k = 0; k <= half; ++k) sum[k] += bins[k][0] * bins[k][0] + bins[k][1] * bins[k][1];
+        for (std::size_t k = 0; k <= half; ++k)
+            sum[k] += bins[k][0] * bins[k][0] + bins[k][1] * bins[k][1];
     }
     const double scale = 1.0 / (static_cast<double>(starts.size()) * taperEnergy);
     for (std::size_t k = 0; k <= half; ++k)
@@ -76,7 +80,8 @@ std::vector<std::size_t> welchWindowStarts(std::size_t n, std::size_t length) {
     const std::size_t maxShift = std::max<std::size_t>(length / 2, 1);
     const std::size_t gaps = (room + maxShift - 1) / maxShift;
     std::vector<std::size_t> starts(gaps + 1);
-    for (std::size_t w = 0; w <= gaps; ++w) starts[w] = (2 * w * room + gaps) / (2 * gaps);
+    for (std::size_t w = 0; w <= gaps; ++w)
+        starts[w] = (2 * w * room + gaps) / (2 * gaps);
     return starts;
 }
 
@@ -111,7 +116,8 @@ std::vector<double> daniellSmooth(std::span<const double> p, std::size_t radius)
     const std::size_t turns = width / m;
     const std::size_t rest = width % m;
     double total = 0.0;
-    for (std::size_t k = 0; k < m; ++k) total += onCircle(static_cast<std::ptrdiff_t>(k));
+    for (std::size_t k = 0; k < m; ++k)
+        total += onCircle(static_cast<std::ptrdiff_t>(k));
 
     std::vector<double> windowSum(half + 1, 0.0);
     if (rest > 0) {
@@ -125,7 +131,8 @@ std::vector<double> daniellSmooth(std::span<const double> p, std::size_t radius)
     }
     std::vector<double> smoothed(half + 1);
     for (std::size_t k = 0; k <= half; ++k) {
-        const double s = (static_cast<double>(turns) * total + windowSum[k]) / static_cast<double>(width);
+        const double s =
+            (static_cast<double>(turns) * total + windowSum[k]) / static_cast<double>(width);
         smoothed[k] = (k == 0 || k == half) ? s : 2.0 * s;
     }
     return smoothed;
@@ -136,7 +143,8 @@ void backgroundSpectrum(std::span<const float> signal, std::size_t length, std::
     const std::vector<double> p = welchDensity(signal, length, fftLength, radius);
     const std::size_t m = std::max<std::size_t>(2 * (p.size() - 1), 1);
     double total = 0.0;
-    for (double v : p) total += v;
+    for (double v : p)
+        total += v;
     total /= static_cast<double>(m);
     const double lowest =
         std::max(1e-12 * total, static_cast<double>(std::numeric_limits<float>::min()));

@@ -1,0 +1,71 @@
+// Speed of the spectral routines at the sizes the program meets, called as the
+// _dll adapters call them (float in, float out):
+//  - BurgH_dll on one window: order 204, 2048 samples, 1024 output points (the
+//    program calls it once per window, and hundreds of times for a map);
+//  - SpectAn_dll on 1,000,000 samples, windows of 2048, smoothing radius 1;
+//  - DownSample_dll of 1,000,000 samples by a step of 2.5.
+// The inputs are seeded AR(2) noise, so every run measures the same work.
+#include "numeric/burg.h"
+#include "numeric/resample.h"
+#include "numeric/welch.h"
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <random>
+#include <vector>
+
+namespace {
+
+std::vector<float> arNoise(std::size_t n) {
+    std::mt19937_64 random(7);
+    std::normal_distribution<double> normal;
+    std::vector<float> x(n);
+    double x1 = 0.0, x2 = 0.0;
+    for (std::size_t t = 0; t < n; ++t) {
+        const double v = 0.75 * x1 - 0.5 * x2 + normal(random);
+        x[t] = static_cast<float>(v);
+        x2 = x1;
+        x1 = v;
+    }
+    return x;
+}
+
+void BurgH(benchmark::State& state) {
+    const std::vector<float> x = arNoise(2048);
+    const auto order = static_cast<std::size_t>(state.range(0));
+    std::vector<float> out(1024);
+    for (auto _ : state) {
+        tarnic::burgSpectrum(x, order, out);
+        benchmark::DoNotOptimize(out.data());
+    }
+}
+BENCHMARK(BurgH)->Arg(204)->Arg(20)->Unit(benchmark::kMicrosecond);
+
+void SpectAn(benchmark::State& state) {
+    const std::vector<float> x = arNoise(1'000'000);
+    std::vector<float> out(1024);
+    for (auto _ : state) {
+        tarnic::backgroundSpectrum(x, 2048, 2048, 1, out);
+        benchmark::DoNotOptimize(out.data());
+    }
+}
+BENCHMARK(SpectAn)->Unit(benchmark::kMillisecond);
+
+// One call as the program makes it, FFTW's set-up for the length included. The
+// second length is prime, FFTW's slowest kind.
+void DownSample(benchmark::State& state) {
+    const std::vector<float> x = arNoise(static_cast<std::size_t>(state.range(0)));
+    std::vector<float> out(x.size() / 2);
+    for (auto _ : state) {
+        const std::vector<double> in(x.begin(), x.end());
+        const tarnic::Resampled r = tarnic::fourierResample(in, 2.5f, out.size());
+        std::copy(r.values.begin(), r.values.end(), out.begin());
+        benchmark::DoNotOptimize(out.data());
+    }
+}
+BENCHMARK(DownSample)->Arg(1'000'000)->Arg(999'983)->Unit(benchmark::kMillisecond);
+
+} // namespace
+
+BENCHMARK_MAIN();

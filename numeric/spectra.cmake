@@ -1,0 +1,9 @@
+# Sources of the spectral routines: Burg and Welch spectra, Fourier resampling,
+# and the shared FFTW plans (included from numeric/CMakeLists.txt).
+target_sources(tarnic_numeric PRIVATE
+    ${CMAKE_CURRENT_LIST_DIR}/fft_plans.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/burg.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/welch.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/resample.cpp
+)
+target_sources(Tarnic PRIVATE ${CMAKE_CURRENT_LIST_DIR}/exports_spectra.cpp)

@@ -1,0 +1,12 @@
+# Tests of the spectral routines: Burg and Welch spectra, Fourier resampling and
+# their C binding (included from tests/numeric/CMakeLists.txt).
+add_executable(test_spectral
+    ${CMAKE_CURRENT_LIST_DIR}/test_burg.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/test_welch.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/test_resample.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/test_spectral_binding.cpp
+)
+target_link_libraries(test_spectral PRIVATE tarnic_numeric GTest::gtest_main ${CMAKE_DL_LIBS})
+target_compile_definitions(test_spectral PRIVATE TARNIC_DLL_PATH="${TARNIC_APP_DIR}/Tarnic.dll")
+add_dependencies(test_spectral Tarnic)
+gtest_discover_tests(test_spectral PROPERTIES ENVIRONMENT "${TARNIC_TEST_ENV}")

@@ -1,0 +1,188 @@
+#include "numeric/burg.h"
+#include "spectral_support.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+#include <thread>
+#include <vector>
+
+namespace tarnic {
+namespace {
+
+using test::allFinitePositive;
+using test::isNear;
+
+std::vector<double> densityOf(const ArFit& fit, std::size_t nf) {
+    std::vector<double> p(nf);
+    arDensity(fit, p);
+    return p;
+}
+
+std::vector<float> burgOf(std::span<const double> x, std::size_t order, std::size_t nf) {
+    std::vector<float> out(nf, -1.0f);
+    burgSpectrum(test::toFloat(x), order, out);
+    return out;
+}
+
+double peakIndex(std::span<const double> p) {
+    return static_cast<double>(std::max_element(p.begin(), p.end()) - p.begin());
+}
+
+// sigma2 / |A(nu)|^2 summed term by term, independent of the FFT.
+double directTwoSided(const ArFit& fit, double nu) {
+    double re = 1.0, im = 0.0;
+    for (std::size_t j = 0; j < fit.phi.size(); ++j) {
+        const double w = 2.0 * std::numbers::pi * nu * static_cast<double>(j + 1);
+        re -= fit.phi[j] * std::cos(w);
+        im += fit.phi[j] * std::sin(w);
+    }
+    return fit.noiseVariance / (re * re + im * im);
+}
+
+// Mean of the two-sided density over the whole circle of 2 nf frequencies:
+// (P_0/2 + P_1 + ... + P_{nf-1} + S(1/2)) / (2 nf).
+double circleMean(const ArFit& fit, std::span<const double> p) {
+    double sum = p[0] / 2.0 + directTwoSided(fit, 0.5);
+    for (std::size_t i = 1; i < p.size(); ++i)
+        sum += p[i];
+    return sum / static_cast<double>(2 * p.size());
+}
+
+TEST(BurgFit, ExactSmallCases) {
+    // x = [1, 2], order 1: f = [2], b = [1], k = 2*2/(4 + 1), sigma2 = 5/2 (1 - k^2).
+    const ArFit two = burgFit(std::vector<double>{1.0, 2.0}, 1, false);
+    EXPECT_TRUE(isNear(two.phi.at(0), 0.8, 1e-15));
+    EXPECT_TRUE(isNear(two.noiseVariance, 0.9, 1e-15));
+
+    const ArFit ref = burgFit(std::vector<double>{1, 2, 3, 4, 5, 6, 7, -8}, 4, false);
+    const std::vector<double> phi{0.3258074018, -0.0003457084, -0.0337897814, -0.0988527262};
+    EXPECT_TRUE(test::allNear(ref.phi, phi, 1e-10));
+    EXPECT_TRUE(isNear(ref.noiseVariance, 22.446876098878, 1e-11));
+    EXPECT_TRUE(isNear(ref.meanSquare, 25.5, 0.0));
+
+    // The order is cut to one below the length.
+    EXPECT_EQ(burgFit(std::vector<double>{3, -1, 4, 1}, 10, true).phi.size(), 3u);
+    EXPECT_TRUE(burgFit(std::vector<double>{5.0}, 3, true).phi.empty());
+}
+
+TEST(BurgFit, RecoversAr2AndStaysStableAtHighOrder) {
+    const std::vector<double> x = test::ar2Noise(10000, 0.75, -0.5);
+    const ArFit fit = burgFit(x, 2, true);
+    EXPECT_TRUE(isNear(fit.phi[0], 0.75, 0.03));
+    EXPECT_TRUE(isNear(fit.phi[1], -0.5, 0.03));
+    EXPECT_TRUE(isNear(fit.noiseVariance, 1.0, 0.05));
+
+    const ArFit high = burgFit(std::span(x).first(1900), 600, true);
+    ASSERT_EQ(high.reflection.size(), 600u);
+    for (double k : high.reflection)
+        EXPECT_LE(std::abs(k), 1.0);
+    EXPECT_GT(high.noiseVariance, 0.0);
+}
+
+TEST(ArDensity, MeanOverTheCircleIsTheMeanSquare) {
+    // The model's autocovariance at lag 0 is r0 = sum x^2 / N exactly; a grid of
+    // M points adds those at lags M, 2M, ..., negligible once M is well beyond the
+    // model's memory (order 204 on 2048 points has sharp spurious peaks: 8192).
+    const ArFit ref = burgFit(std::vector<double>{1, 2, 3, 4, 5, 6, 7, -8}, 4, false);
+    EXPECT_TRUE(isNear(circleMean(ref, densityOf(ref, 1024)), 25.5, 0.0, 1e-12));
+
+    const std::vector<double> x = test::ar2Noise(2048, 0.75, -0.5);
+    for (std::size_t order : {1u, 20u, 204u}) {
+        const ArFit fit = burgFit(x, order, true);
+        EXPECT_TRUE(isNear(circleMean(fit, densityOf(fit, 8192)), fit.meanSquare, 0.0, 1e-10));
+        // The program's one-sided sum differs only by the end bins and aliasing.
+        double sum = 0.0;
+        for (double v : densityOf(fit, 1024))
+            sum += v;
+        EXPECT_TRUE(isNear(sum / 2048.0, fit.meanSquare, 0.0, 5e-3)) << order;
+    }
+}
+
+TEST(ArDensity, FoldedPolynomialEqualsDirectSum) {
+    // Order 40 on 8 frequencies: 41 coefficients folded onto a 16-point transform.
+    const ArFit fit = burgFit(test::ar2Noise(400, 0.75, -0.5), 40, true);
+    const std::vector<double> p = densityOf(fit, 8);
+    for (std::size_t i = 0; i < p.size(); ++i)
+        EXPECT_TRUE(isNear(p[i], 2.0 * directTwoSided(fit, i / 16.0), 0.0, 1e-9)) << i;
+}
+
+TEST(ArDensity, Ar2FitFollowsTheModel) {
+    const double phi1 = 0.75, phi2 = -0.5;
+    const ArFit fit = burgFit(test::ar2Noise(10000, phi1, phi2), 2, true);
+    const std::vector<double> p = densityOf(fit, 1024);
+    for (std::size_t i = 0; i < p.size(); i += 32)
+        EXPECT_TRUE(isNear(p[i], 2.0 * test::ar2Density(i / 2048.0, phi1, phi2), 0.0, 0.15));
+    // AR(2) peaks where cos(2 pi nu) = -phi1 (1 - phi2) / (4 phi2): the fitted
+    // model exactly so on its grid, and near the true peak within one step of a
+    // 512-point grid (the estimates scatter by ~0.01 at N = 10^4).
+    auto peak = [](double a, double b) {
+        return std::acos(-a * (1.0 - b) / (4.0 * b)) / (2.0 * std::numbers::pi);
+    };
+    EXPECT_LE(std::abs(peakIndex(p) - peak(fit.phi[0], fit.phi[1]) * 2048.0), 0.5);
+    EXPECT_LE(std::abs(peakIndex(densityOf(fit, 256)) - peak(phi1, phi2) * 512.0), 1.0);
+}
+
+TEST(BurgSpectrum, WhiteNoiseFlatAtTwiceTheVarianceAndLinesInPlace) {
+    const std::vector<float> flat = burgOf(test::whiteNoise(8192, 2.0), 10, 512);
+    double mean = 0.0;
+    for (float v : flat) {
+        mean += v / 512.0;
+        EXPECT_TRUE(isNear(v, 8.0, 0.0, 0.25));
+    }
+    EXPECT_TRUE(isNear(mean, 8.0, 0.0, 0.04));
+
+    for (double f : {0.05, 0.1, 0.3372}) {
+        std::vector<double> x = test::sinusoid(2048, f, 3.0, 0.4);
+        const std::vector<double> noise = test::whiteNoise(2048, 0.01);
+        for (std::size_t t = 0; t < x.size(); ++t)
+            x[t] += noise[t];
+        const std::vector<float> p = burgOf(x, 10, 1024);
+        const auto at = std::max_element(p.begin(), p.end()) - p.begin();
+        EXPECT_LE(std::abs(static_cast<double>(at) - f * 2048.0), 1.0) << f;
+    }
+}
+
+TEST(BurgSpectrum, DegenerateInputsGiveFinitePositiveValues) {
+    EXPECT_TRUE(allFinitePositive(burgOf(test::ar2Noise(1900, 0.75, -0.5), 600, 1024)));
+    const std::vector<double> line = test::sinusoid(2048, 0.125);
+    EXPECT_TRUE(allFinitePositive(burgOf(line, 10, 1024)));
+    EXPECT_TRUE(allFinitePositive(burgOf(line, 683, 1024)));
+    EXPECT_TRUE(allFinitePositive(burgOf(std::vector<double>(2, 1.0), 5, 16)));
+    EXPECT_TRUE(allFinitePositive(burgOf(std::vector<double>{}, 5, 16)));
+
+    // A noiseless line: sigma2 and |A| at the line collapse; the guards keep every
+    // value positive and at most 2e12 * mean square.
+    const ArFit fit = burgFit(std::span(line).first(512), 40, true);
+    for (double v : densityOf(fit, 256)) {
+        EXPECT_LE(v, 2e12 * fit.meanSquare * (1 + 1e-12));
+        EXPECT_GT(v, 0.0);
+    }
+    // A constant has nothing to fit: flat, tiny, positive.
+    const std::vector<float> c = burgOf(std::vector<double>(2048, 3.25), 10, 1024);
+    EXPECT_TRUE(allFinitePositive(c));
+    EXPECT_EQ(*std::min_element(c.begin(), c.end()), *std::max_element(c.begin(), c.end()));
+    EXPECT_LT(c[0], 1e-30f);
+}
+
+TEST(BurgSpectrum, ConcurrentCallsGiveTheSerialResults) {
+    // Sizes used nowhere else, so the threads make their plans at the same time.
+    const std::vector<double> x = test::ar2Noise(4096, 0.75, -0.5);
+    const std::vector<std::size_t> sizes{97, 131, 250, 333, 517, 777, 1001, 1500};
+    std::vector<std::vector<float>> parallel(sizes.size());
+    {
+        std::vector<std::jthread> threads;
+        for (std::size_t t = 0; t < sizes.size(); ++t)
+            threads.emplace_back([&, t] {
+                for (int repeat = 0; repeat < 20; ++repeat)
+                    parallel[t] = burgOf(x, 30, sizes[t]);
+            });
+    }
+    for (std::size_t t = 0; t < sizes.size(); ++t)
+        EXPECT_EQ(parallel[t], burgOf(x, 30, sizes[t]));
+}
+
+} // namespace
+} // namespace tarnic

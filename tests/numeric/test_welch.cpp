@@ -1,0 +1,164 @@
+#include "numeric/burg.h"
+#include "numeric/welch.h"
+#include "spectral_support.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <vector>
+
+namespace tarnic {
+namespace {
+
+using test::allNear;
+using test::isNear;
+
+double sum(std::span<const double> v) {
+    double s = 0.0;
+    for (double x : v)
+        s += x;
+    return s;
+}
+
+double variance(std::span<const double> x) {
+    const double mean = sum(x) / static_cast<double>(x.size());
+    double s = 0.0;
+    for (double v : x)
+        s += (v - mean) * (v - mean);
+    return s / static_cast<double>(x.size());
+}
+
+TEST(WelchWindows, CoverTheRecordWithAtLeastHalfOverlap) {
+    using Starts = std::vector<std::size_t>;
+    EXPECT_EQ(welchWindowStarts(16, 8), (Starts{0, 4, 8}));
+    EXPECT_EQ(welchWindowStarts(11, 4), (Starts{0, 2, 4, 5, 7})); // room 7 in 4 gaps
+    EXPECT_EQ(welchWindowStarts(2049, 2048), (Starts{0, 1}));
+    EXPECT_EQ(welchWindowStarts(100, 100), (Starts{0}));
+    EXPECT_EQ(welchWindowStarts(50, 80), (Starts{0}));
+    EXPECT_TRUE(welchWindowStarts(8, 0).empty());
+    for (std::size_t len : {32u, 33u, 999u, 2048u}) {
+        const Starts s = welchWindowStarts(1000003, len);
+        EXPECT_EQ(s.back() + len, 1000003u);
+        for (std::size_t w = 1; w < s.size(); ++w)
+            EXPECT_LE(s[w] - s[w - 1], len / 2);
+        // The fewest such windows: one less could not keep the spacing.
+        EXPECT_GT((1000003.0 - len) / static_cast<double>(s.size() - 2), len / 2);
+    }
+}
+
+TEST(DaniellSmooth, HandVectorMirroredAtBothEnds) {
+    // One-sided [3, 6, 12, 6, 3] of an 8-point transform is the two-sided circle
+    // 3 3 6 3 3 3 6 3; its sum 30 is kept at every radius.
+    const std::vector<double> p{3, 6, 12, 6, 3};
+    EXPECT_TRUE(allNear(daniellSmooth(p, 0), p, 0.0));
+    EXPECT_TRUE(allNear(daniellSmooth(p, 1), std::vector<double>{3, 8, 8, 8, 3}, 1e-15));
+    // Radius 3: the circle less the opposite bin; radius 4: the circle plus itself.
+    const std::vector<double> r3{27.0 / 7, 54.0 / 7, 48.0 / 7, 54.0 / 7, 27.0 / 7};
+    EXPECT_TRUE(allNear(daniellSmooth(p, 3), r3, 1e-15));
+    const std::vector<double> r4{33.0 / 9, 66.0 / 9, 8, 66.0 / 9, 33.0 / 9};
+    EXPECT_TRUE(allNear(daniellSmooth(p, 4), r4, 1e-15));
+
+    // A line of 1e12 among values of 1e-6: the small ones lose nothing.
+    std::vector<double> q(513, 1e-6);
+    q[200] = 1e12;
+    const std::vector<double> s = daniellSmooth(q, 7);
+    EXPECT_TRUE(isNear(s[208], 1e-6, 0.0, 1e-13));
+    EXPECT_TRUE(isNear(s[207], (1e12 + 14 * 1e-6) / 15, 0.0, 1e-13));
+    EXPECT_TRUE(isNear(sum(daniellSmooth(q, 700)), sum(q), 0.0, 1e-13));
+}
+
+TEST(WelchDensity, MatchesScipyHannReference) {
+    // 16 samples, x[0] = x[8] = 1, windows of 8 (half overlap), Hann, density.
+    std::vector<double> x(16, 0.0);
+    x[0] = x[8] = 1.0;
+    const std::vector<double> expected{0.08333333, 0.15277778, 0.22222222, 0.22222222, 0.11111111};
+    EXPECT_TRUE(allNear(welchDensity(x, 8, 8, 0), expected, 5e-9));
+}
+
+TEST(WelchDensity, OneWindowKeepsParsevalAndSmoothingKeepsTotal) {
+    // lengF 33 on 64 points: one zero-padded window; the bins sum to the
+    // taper-weighted mean square of the mean-removed samples.
+    const std::vector<double> x = test::ar2Noise(33, 0.75, -0.5);
+    const double mean = sum(x) / 33.0;
+    double power = 0.0, energy = 0.0;
+    for (std::size_t j = 0; j < 33; ++j) {
+        const double w = 0.5 - 0.5 * std::cos(2.0 * std::numbers::pi * j / 33.0);
+        power += w * w * (x[j] - mean) * (x[j] - mean);
+        energy += w * w;
+    }
+    const std::vector<double> p = welchDensity(x, 33, 64, 0);
+    ASSERT_EQ(p.size(), 33u);
+    EXPECT_TRUE(isNear(sum(p) / 64.0, power / energy, 0.0, 1e-12));
+    for (std::size_t radius : {1u, 4u, 40u})
+        EXPECT_TRUE(isNear(sum(welchDensity(x, 33, 64, radius)), sum(p), 0.0, 1e-13)) << radius;
+}
+
+TEST(WelchDensity, IsTheMeanOfTheWindowsThenSmoothed) {
+    const std::vector<double> x = test::ar2Noise(5000, 0.75, -0.5);
+    const std::vector<std::size_t> starts = welchWindowStarts(x.size(), 512);
+    std::vector<double> mean(257, 0.0);
+    for (std::size_t s : starts) {
+        const std::vector<double> one = welchDensity(std::span(x).subspan(s, 512), 512, 512, 0);
+        for (std::size_t k = 0; k < mean.size(); ++k)
+            mean[k] += one[k] / starts.size();
+    }
+    EXPECT_TRUE(allNear(welchDensity(x, 512, 512, 0), mean, 0.0, 1e-12));
+    EXPECT_TRUE(allNear(welchDensity(x, 512, 512, 3), daniellSmooth(mean, 3), 0.0, 1e-12));
+}
+
+TEST(WelchDensity, NoiseAndSinusoidPowerAndPlace) {
+    const std::vector<double> white = test::whiteNoise(1 << 16, std::sqrt(2.5));
+    const std::vector<double> p = welchDensity(white, 512, 512, 2);
+    double mean = 0.0;
+    for (std::size_t k = 1; k < 256; ++k) {
+        mean += p[k] / 255.0;
+        EXPECT_TRUE(isNear(p[k], 5.0, 0.0, 0.2)) << k;
+    }
+    EXPECT_TRUE(isNear(mean, 5.0, 0.0, 0.03));
+
+    // The program's bins 0 .. M/2 - 1 hold the variance; a line sits at its bin,
+    // also when the window is shorter than the transform.
+    const std::vector<double> noise = test::ar2Noise(100000, 0.75, -0.5);
+    for (double f : {100.0 / 1024.0, 0.1234, 0.41}) {
+        const std::vector<double> tone = test::sinusoid(100000, f, 2.0, 0.3);
+        for (const auto* x : {&noise, &tone}) {
+            const std::vector<double> q = welchDensity(*x, 1024, 1024, 1);
+            EXPECT_TRUE(isNear(sum(std::span(q).first(512)) / 1024.0, variance(*x), 0.0, 0.03));
+        }
+        const std::vector<double> raw = welchDensity(tone, 1024, 1024, 0);
+        const std::vector<double> padded = welchDensity(tone, 700, 1024, 0);
+        EXPECT_EQ(std::max_element(raw.begin(), raw.end()) - raw.begin(), std::lround(f * 1024));
+        const auto at = std::max_element(padded.begin(), padded.end()) - padded.begin();
+        EXPECT_LE(std::abs(static_cast<double>(at) - f * 1024.0), 1.0) << f;
+    }
+}
+
+TEST(WelchDensity, AgreesWithBurgAndTheModelOnAr2Noise) {
+    // Both estimates on one scale: one-sided density per cycle per sample.
+    const double phi1 = 0.75, phi2 = -0.5;
+    const std::vector<double> x = test::ar2Noise(200000, phi1, phi2);
+    const std::vector<double> welch = welchDensity(x, 2048, 2048, 1);
+    std::vector<double> burg(1024);
+    arDensity(burgFit(x, 20, true), burg);
+    for (std::size_t k = 20; k < 1000; k += 5) {
+        const double model = 2.0 * test::ar2Density(k / 2048.0, phi1, phi2);
+        EXPECT_TRUE(isNear(welch[k] / burg[k], 1.0, 0.3)) << k;
+        EXPECT_TRUE(isNear(welch[k], model, 0.0, 0.3)) << k;
+        EXPECT_TRUE(isNear(burg[k], model, 0.0, 0.1)) << k;
+    }
+}
+
+TEST(BackgroundSpectrum, EveryValueIsPositive) {
+    std::vector<float> out(512, -1.0f);
+    backgroundSpectrum(std::vector<float>(5000, 7.5f), 1024, 1024, 1, out);
+    EXPECT_TRUE(test::allFinitePositive(out));
+    EXPECT_EQ(out[3], std::numeric_limits<float>::min());
+    // A clean tone on a bin: the rest drops to 1e-12 of the total (0.5).
+    backgroundSpectrum(test::toFloat(test::sinusoid(8192, 0.25)), 1024, 1024, 0, out);
+    EXPECT_GE(*std::min_element(out.begin(), out.end()), 0.49e-12f);
+}
+
+} // namespace
+} // namespace tarnic
