@@ -66,14 +66,14 @@ Form1Controls::Form1Controls(FormWindow& w) {
     OtherFileButton = makeButton(&w, "Other File", kColBrowser, 5610, 1680, 420);
     HelpButton = makeButton(&w, "Help", kColBrowser + 1800, 5610, 1680, 420);
     ExitButton = makeButton(&w, "Exit", kColBrowser, 6090, 1680, 420);
-    MessLineLabel = makeLabel(&w, "", kColBrowser, 6600, kBrowserWidth, 1680,
+    MessLineLabel = makeLabel(&w, "", kColBrowser, 6600, kBrowserWidth, 1830,
                               Qt::AlignLeft | Qt::AlignTop);
     MessLineLabel->setWordWrap(true);
 
     // Plot area and the spectrum cursors.
-    Y_axis_Label = makeLabel(&w, "", kColPlot, 120, kPlotWidth, kRow);
+    Y_axis_Label = makeLabel(&w, "", kColPlot, 60, kPlotWidth, 690, Qt::AlignLeft | Qt::AlignBottom);
     Picture1 = new PlotSurface(&w);
-    Picture1->placeSurface(kColPlot, 480, kPlotWidth, kPlotHeight);
+    Picture1->placeSurface(kColPlot, 780, kPlotWidth, kPlotHeight);
     Picture1->setToolTipText("Initial Signal, AR & Fourier-based Estimates");
     Line_Left = &Picture1->addLine(QColor(0xFF, 0, 0));
     Line_Right = &Picture1->addLine(QColor(0xFF, 0, 0));
@@ -81,7 +81,7 @@ Form1Controls::Form1Controls(FormWindow& w) {
     Line_Right->setX1(6000), Line_Right->setX2(6000), Line_Right->setY1(240),
         Line_Right->setY2(4380);
 
-    FrameHScroll = makeFrame(&w, "", kColPlot, 5580, kPlotWidth, 660);
+    FrameHScroll = makeFrame(&w, "", kColPlot, 5880, kPlotWidth, 660);
     FrameHScroll->setToolTipText("Spectra zooming scroll bars");
     HScroll_Left = new ScrollBar(FrameHScroll, 0, 32767, 0);
     HScroll_Left->place(60, 60, kPlotWidth - 120, 255);
@@ -90,15 +90,15 @@ Form1Controls::Form1Controls(FormWindow& w) {
     Label1 = makeLabel(&w,
                        "Spectra Estimates Zooming Scroll Bars: choose the frequency band and press "
                        "<Zoom Spectra...>",
-                       kColPlot, 6270, kPlotWidth, 480, Qt::AlignLeft | Qt::AlignTop);
+                       kColPlot, 6570, kPlotWidth, 480, Qt::AlignLeft | Qt::AlignTop);
     Label1->setWordWrap(true);
 
     DemplxButton = makeButton(&w, "Demultiplex input table file (if more than 1 column)", kColPlot,
-                              6840, 3180, 600);
-    WaveFiltButton = makeButton(&w, "Wavelet Threshold Filtering", kColPlot + 3315, 6840, 3180, 600);
+                              7140, 3180, 600);
+    WaveFiltButton = makeButton(&w, "Wavelet Threshold Filtering", kColPlot + 3315, 7140, 3180, 600);
     ShowSignGrafButton = makeButton(
         &w, "Signal fragment: smoothing, detrending, CWT, Heisenberg boxes, WTMM-chains and so on",
-        kColPlot, 7530, kPlotWidth, 600);
+        kColPlot, 7830, kPlotWidth, 600);
 
     // Parameters of the spectrum run.
     FrameMainParam = makeFrame(&w, "", kColRight, 60, kRightWidth, 1740);
@@ -169,7 +169,7 @@ Form1Controls::Form1Controls(FormWindow& w) {
 Form1::Form1(Workbench& workbench) : FormOf(workbench, "Form1") {}
 
 void Form1::connectHandlers() {
-    setClientSize(15990, 8340);
+    setClientSize(15990, 8550);
     Form1Controls& c = *ui_;
     c.File1->Click = [this] { File1_Click(); };
     c.File1->DblClick = [this] { File1_DblClick(); };
@@ -177,6 +177,15 @@ void Form1::connectHandlers() {
     c.Drive1->Change = [this] { Drive1_Change(); };
     c.OtherFileButton->Click = [this] { OtherFileButton_Click(); };
     c.ExitButton->Click = [this] { ExitButton_Click(); };
+    c.IncremButton->Click = [this] { IncremButton_Click(); };
+    c.WinzorButton->Click = [this] { WinzorButton_Click(); };
+    c.DemplxButton->Click = [this] { DemplxButton_Click(); };
+    c.DownSampButton->Click = [this] { DownSampButton_Click(); };
+    c.LaunchButton->Click = [this] { LaunchButton_Click(); };
+    c.SaveSpButton->Click = [this] { SaveSpButton_Click(); };
+    c.FreqCheck->Click = [this] { SpectraViewCheck_Click(); };
+    c.LogX_Check->Click = [this] { SpectraViewCheck_Click(); };
+    c.LogY_Check->Click = [this] { SpectraViewCheck_Click(); };
     c.Picture1->MouseMove = [this](int b, int s, float x, float y) { Picture1_MouseMove(b, s, x, y); };
     c.cursors = std::make_unique<CursorPair>(CursorPair::Setup{
         c.Picture1, c.Line_Left, c.Line_Right, c.HScroll_Left, c.HScroll_Right, 100.0f,

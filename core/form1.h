@@ -127,6 +127,14 @@ class Form1 : public FormOf<Form1Controls> {
     void OtherFileButton_Click();
     void ExitButton_Click();
     void Picture1_MouseMove(int button, int shift, float x, float y);
+    void IncremButton_Click();
+    void WinzorButton_Click();
+    void DemplxButton_Click();
+    void DownSampButton_Click();
+    void LaunchButton_Click();
+    void PlotSpectra();
+    void SpectraViewCheck_Click(); // FreqCheck, LogX_Check and LogY_Check alike
+    void SaveSpButton_Click();
 
   protected:
     void connectHandlers() override;
@@ -137,6 +145,10 @@ class Form1 : public FormOf<Form1Controls> {
     void showMessage(const QString& text);
     void commonRejection();
     void refreshBrowserAfterFailure();
+    // Dir1 path + "/" + InFileName: the stem of the files written beside the data.
+    std::string dataStem() const;
+    // The end shared by the preprocessing actions.
+    void endPreprocessing();
 };
 
 } // namespace tarnic

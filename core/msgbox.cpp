@@ -22,4 +22,10 @@ void MsgBox(const QString& text, const QString& title) {
     box.exec();
 }
 
+void ReportUnwrittenFile(const QString& path, const QString& reason) {
+    MsgBox("The file " + path + " was not written (" + reason +
+               "). The loaded signal and all other results are kept.",
+           "File not written");
+}
+
 } // namespace tarnic

@@ -10,6 +10,10 @@ namespace tarnic {
 
 void MsgBox(const QString& text, const QString& title);
 
+// The orderly end of a save whose file could not be written: the user is told
+// which file and why; nothing else changes.
+void ReportUnwrittenFile(const QString& path, const QString& reason);
+
 // While a hook is set, MsgBox hands the message to it instead of showing a box.
 using MsgBoxHook = std::function<void(const QString& text, const QString& title)>;
 void setMsgBoxHook(MsgBoxHook hook);

@@ -67,6 +67,20 @@ void ReadSignalFile_dll(std::int16_t& pathCodes, std::int32_t& pathLen, std::int
 void DemulplexTable_dll(std::int16_t& pathCodes, std::int32_t& pathLen, std::int32_t& nrec) {
     resolve<decltype(::DemulplexTable_dll)>("DemulplexTable_dll")(&pathCodes, &pathLen, &nrec);
 }
+void DownSample_dll(float& signal, std::int32_t& nrec, float& step, float& downSignal,
+                    std::int32_t& outLen) {
+    resolve<decltype(::DownSample_dll)>("DownSample_dll")(&signal, &nrec, &step, &downSignal,
+                                                           &outLen);
+}
+void SpectAn_dll(float& signal, std::int32_t& nrec, std::int32_t& lengF, std::int32_t& fftLengFour,
+                 std::int32_t& mm, float& spFour) {
+    resolve<decltype(::SpectAn_dll)>("SpectAn_dll")(&signal, &nrec, &lengF, &fftLengFour, &mm,
+                                                     &spFour);
+}
+void BurgH_dll(float& samples, std::int32_t& count, std::int32_t& nfAR, std::int32_t& nar,
+               float& result) {
+    resolve<decltype(::BurgH_dll)>("BurgH_dll")(&samples, &count, &nfAR, &nar, &result);
+}
 } // namespace dll
 
 } // namespace tarnic

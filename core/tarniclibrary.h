@@ -54,6 +54,12 @@ void CountFileRecords_dll(std::int16_t& pathCodes, std::int32_t& pathLen, std::i
 void ReadSignalFile_dll(std::int16_t& pathCodes, std::int32_t& pathLen, std::int32_t& nrec,
                         float& signal);
 void DemulplexTable_dll(std::int16_t& pathCodes, std::int32_t& pathLen, std::int32_t& nrec);
+void DownSample_dll(float& signal, std::int32_t& nrec, float& step, float& downSignal,
+                    std::int32_t& outLen);
+void SpectAn_dll(float& signal, std::int32_t& nrec, std::int32_t& lengF, std::int32_t& fftLengFour,
+                 std::int32_t& mm, float& spFour);
+void BurgH_dll(float& samples, std::int32_t& count, std::int32_t& nfAR, std::int32_t& nar,
+               float& result);
 } // namespace dll
 
 } // namespace tarnic

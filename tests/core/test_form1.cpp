@@ -14,6 +14,7 @@
 #include "wavelet/wavedecform.h"
 #include "wavelet/wavefiltform.h"
 #include "wavelet/wavespectform.h"
+#include "tests/core/mainwindow_fixture.h"
 #include "tests/numeric/test_support.h"
 
 #include <QApplication>
@@ -30,94 +31,8 @@
 using namespace tarnic;
 namespace fs = std::filesystem;
 
-namespace {
+using namespace tarnic::test;
 
-enum class Stage { Start, Rejected, Loaded, SpectraShown };
-
-// The enabled table of the main window, control by control, as the user meets it.
-void expectStage(Form1Controls& c, Stage stage) {
-    const bool browsing = stage == Stage::Start || stage == Stage::Rejected;
-    const bool working = !browsing;
-    auto expect = [&](QWidget* w, bool on, const char* name) {
-        EXPECT_EQ(w->isEnabled(), on) << name;
-    };
-#define STAGE(w, on) expect(c.w, on, #w)
-    STAGE(File1, browsing);
-    STAGE(Dir1, browsing);
-    STAGE(Drive1, browsing);
-    STAGE(OtherFileButton, working);
-    STAGE(Frame1, working);
-    STAGE(FrameMainParam, working);
-    STAGE(FrameBackParam, working);
-    STAGE(WP_OptionFrame, working);
-    STAGE(LaunchButton, working);
-    STAGE(SvanArButton, working);
-    STAGE(WavePackButton, working);
-    STAGE(WaveFiltButton, working);
-    STAGE(ShowSignGrafButton, working);
-    STAGE(Picture1, working);
-    STAGE(DownSampButton, working);
-    STAGE(DownStepText, working);
-    STAGE(IncremButton, working);
-    STAGE(WinzorButton, working);
-    STAGE(DemplxButton, working);
-    STAGE(SaveSpButton, stage == Stage::SpectraShown);
-    STAGE(ZoomButton, stage == Stage::SpectraShown);
-    STAGE(FrameSpectraView, stage == Stage::SpectraShown);
-    STAGE(FrameHScroll, stage == Stage::SpectraShown);
-    STAGE(HelpButton, true);
-    STAGE(ExitButton, true);
-    STAGE(DownSampFrame, true);
-#undef STAGE
-}
-
-std::string series(int n, const std::function<double(int)>& f) {
-    std::ostringstream out;
-    out.precision(9);
-    for (int i = 1; i <= n; ++i) out << f(i) << ' ' << i - 1 << "\r\n";
-    return out.str();
-}
-
-// A fresh workbench started in a scratch directory that holds the library
-// (as a link) and whatever files a test writes there.
-class MainWindow : public ::testing::Test {
-  protected:
-    void SetUp() override {
-        fs::create_symlink(TARNIC_DLL_PATH, dir / "Tarnic.dll");
-        TarnicLibrary::instance().setPreferredFile(TARNIC_DLL_PATH);
-        TarnicLibrary::instance().setPlatformSearch(true);
-    }
-    void TearDown() override {
-        wb.reset();
-        QApplication::processEvents();
-        TarnicLibrary::instance().setPreferredFile(TARNIC_DLL_PATH);
-    }
-    void start() {
-        QDir::setCurrent(QString::fromStdString(dir.path().string()));
-        wb = std::make_unique<Workbench>();
-        wb->start();
-        QApplication::processEvents();
-    }
-    Form1& form() { return wb->form1(); }
-    Form1Controls& ui() { return wb->form1().ui(); }
-    void write(const std::string& name, const std::string& text) {
-        test::writeBytes(dir / name, text);
-        ui().File1->Refresh();
-    }
-    void open(const std::string& name) {
-        ASSERT_TRUE(ui().File1->selectFile(QString::fromStdString(name))) << name;
-        form().File1_DblClick();
-    }
-    QString message() {
-        return ui().MessLineLabel->Visible() ? ui().MessLineLabel->Caption() : QString();
-    }
-    bool messageIsRed() { return ui().MessLineLabel->ForeColor() == BasicColor(12); }
-
-    test::TempDir dir;
-    std::unique_ptr<Workbench> wb;
-};
-
-} // namespace
 
 TEST_F(MainWindow, LoadFindsTheLibraryAndOpensTheBrowserOnly) {
     start();

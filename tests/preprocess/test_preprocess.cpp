@@ -1,0 +1,169 @@
+// The preprocessing actions of the main window: the files they write, byte for
+// byte on small inputs, the state of the buttons afterwards, and what each of
+// the three failure treatments does when its file cannot be written.
+#include "core/msgbox.h"
+#include "tests/core/mainwindow_fixture.h"
+
+#include <cmath>
+
+using namespace tarnic;
+using namespace tarnic::test;
+namespace fs = std::filesystem;
+
+namespace {
+
+class Preprocessing : public MainWindow {
+  protected:
+    void load(const std::string& name, const std::string& text) {
+        start();
+        write(name, text);
+        open(name);
+        ASSERT_EQ(message(), "");
+    }
+    std::string file(const std::string& name) { return readBytes(dir / name); }
+    int lines(const std::string& name) {
+        const std::string text = file(name);
+        return static_cast<int>(std::count(text.begin(), text.end(), '\n'));
+    }
+    bool exists(const std::string& name) { return fs::exists(dir / name); }
+};
+
+std::string values(std::initializer_list<double> xs) {
+    std::string out;
+    int t = 0;
+    for (double x : xs) out += std::to_string(x) + " " + std::to_string(t++) + "\n";
+    return out;
+}
+
+} // namespace
+
+TEST_F(Preprocessing, IncrementsAreDatedAtTheirLaterSampleAndEndWithALoneZero) {
+    load("x.dat", values({1, 3, 3, 2.5, 10}) + series(40, [](int i) { return i; }));
+    ui().IncremButton->click();
+    const std::string text = file("x-INC.dat");
+    EXPECT_EQ(text.substr(0, 33), " 2 1\r\n 0 2\r\n-.5 3\r\n 7.5 4\r\n-9 5\r\n");
+    EXPECT_EQ(text.substr(text.size() - 5), " 0 \r\n");
+    EXPECT_EQ(lines("x-INC.dat"), 45) << "one line per sample";
+    expectStage(ui(), Stage::Loaded, {"IncremButton"});
+}
+
+TEST_F(Preprocessing, ANewTimeStepTakesEffectWithoutASpectrumRun) {
+    load("x.dat", series(40, [](int i) { return i * i; }));
+    ui().DeltaT_Text->setText("0.5");
+    ui().Time0_Text->setText("-1");
+    ui().IncremButton->click();
+    EXPECT_EQ(file("x-INC.dat").substr(0, 11), " 3 -.5\r\n 5 ");
+    ui().WinzorButton->click();
+    EXPECT_EQ(file("x-WINZ.dat").find("-1\r\n"), file("x-WINZ.dat").find('\n') - 3)
+        << "the winsorized file starts at T0";
+}
+
+TEST_F(Preprocessing, WinsorizationCentresAndClipsAtFourStandardDeviations) {
+    load("w.dat", series(32, [](int i) { return i; }));
+    ui().WinzorButton->click();
+    // All samples lie within 4 s: the file is the signal minus its mean 16.5.
+    const std::string text = file("w-WINZ.dat");
+    EXPECT_EQ(text.substr(0, 22), "-15.5 0\r\n-14.5 1\r\n-13.");
+    EXPECT_EQ(lines("w-WINZ.dat"), 32);
+    expectStage(ui(), Stage::Loaded, {"WinzorButton"});
+}
+
+TEST_F(Preprocessing, AnOutlierIsPulledInPassAfterPass) {
+    load("o.dat", series(200, [](int i) { return i == 100 ? 1000.0 : std::sin(i); }));
+    ui().WinzorButton->click();
+    std::istringstream in(file("o-WINZ.dat"));
+    double v, t, biggest = 0;
+    while (in >> v >> t) biggest = std::max(biggest, std::fabs(v));
+    EXPECT_LT(biggest, 10.0) << "the 1000 is clipped far below itself";
+    EXPECT_GT(biggest, 1.0);
+}
+
+TEST_F(Preprocessing, DemultiplexWritesOneFileAColumnOnce) {
+    load("t.dat", series(50, [](int i) { return std::cos(i); }));
+    ui().DemplxButton->click();
+    EXPECT_TRUE(ui().File1->selectFile("t-Col1.dat"));
+    EXPECT_TRUE(ui().File1->selectFile("t-Col2.dat"));
+    expectStage(ui(), Stage::Loaded, {"DemplxButton"});
+}
+
+TEST_F(Preprocessing, AWholeStepMakesBlockMeansAndTheirVariances) {
+    load("a.dat", values({1, 2, 3, 4, 5, 6, 7, 9, 100}) + series(31, [](int) { return 0.0; }));
+    ui().DownStepText->setText("4");
+    ui().DownSampButton->click();
+    EXPECT_EQ(ui().DownStepText->Text(), " 4");
+    EXPECT_EQ(lines("a-DNS= 4.dat"), 10);
+    EXPECT_EQ(file("a-DNS= 4.dat").substr(0, 21), " 2.5 4\r\n 6.75 8\r\n 25 ");
+    // Block 1: deviations 2.25 + .25 + .25 + 2.25 over 3.
+    EXPECT_EQ(file("a-Var.DNS= 4.dat").substr(0, 13), " 1.666667 4\r\n");
+    EXPECT_EQ(lines("a-Var.DNS= 4.dat"), 10);
+    expectStage(ui(), Stage::Loaded);
+}
+
+TEST_F(Preprocessing, APointOrAFractionGoesToTheFourierResampling) {
+    load("a.dat", series(1000, [](int i) { return std::sin(i * 0.05); }));
+    ui().DownStepText->setText("4.0");
+    ui().DownSampButton->click();
+    EXPECT_EQ(ui().DownStepText->Text(), " 4.0");
+    EXPECT_TRUE(exists("a-DNS= 4.0.dat"));
+    EXPECT_FALSE(exists("a-Var.DNS= 4.dat"));
+    EXPECT_EQ(lines("a-DNS= 4.0.dat"), form().DownSignal.count());
+
+    ui().DownStepText->setText("2.5");
+    ui().DownSampButton->click();
+    EXPECT_EQ(ui().DownStepText->Text(), " 2.5");
+    EXPECT_EQ(form().DownSignal.count(), 500) << "sized by the whole part of the step";
+    QStringList dns;
+    for (int i = 0; i < ui().File1->ListCount(); ++i)
+        if (ui().File1->List(i).startsWith("a-DNS= 2.")) dns << ui().File1->List(i);
+    ASSERT_EQ(dns.size(), 1) << dns.join(",").toStdString();
+    EXPECT_EQ(lines(dns[0].toStdString()), 400) << "as many lines as the library returned";
+}
+
+TEST_F(Preprocessing, StepsOfOneOnlyRepairTheBox) {
+    load("a.dat", series(64, [](int i) { return i % 3; }));
+    const auto before = std::distance(fs::directory_iterator(dir.path()), fs::directory_iterator());
+    for (auto [typed, shown] : {std::pair{"1", " 1"}, {"1.0", " 1.0"}, {"0.5", " 1.0"},
+                                {"abc", " 1"}, {"-3", " 1"}}) {
+        ui().DownStepText->setText(typed);
+        ui().DownSampButton->click();
+        EXPECT_EQ(ui().DownStepText->Text(), shown) << typed;
+    }
+    EXPECT_EQ(std::distance(fs::directory_iterator(dir.path()), fs::directory_iterator()), before);
+    expectStage(ui(), Stage::Loaded);
+}
+
+TEST_F(Preprocessing, WrittenSeriesAreValidInputsAgain) {
+    load("s.dat", series(300, [](int i) { return std::sin(i * 0.2) + 0.01 * i; }));
+    ui().IncremButton->click();
+    ui().WinzorButton->click();
+    ui().DownStepText->setText("3");
+    ui().DownSampButton->click();
+    for (const char* name : {"s-INC.dat", "s-WINZ.dat", "s-DNS= 3.dat", "s-Var.DNS= 3.dat"}) {
+        form().OtherFileButton_Click();
+        open(name);
+        EXPECT_EQ(message(), "") << name;
+        expectStage(ui(), Stage::Loaded);
+    }
+    EXPECT_EQ(form().Nrec, 100);
+}
+
+TEST_F(Preprocessing, EachFailureTreatmentKeepsTheSignalLoaded) {
+    load("f.dat", series(64, [](int i) { return i % 5; }));
+    // Directories standing where the files should go make every write fail.
+    for (const char* name : {"f-INC.dat", "f-WINZ.dat", "f-DNS= 2.dat", "f-Var.DNS= 2.dat"})
+        fs::create_directory(dir / name);
+    std::vector<QString> boxes;
+    setMsgBoxHook([&](const QString& text, const QString&) { boxes.push_back(text); });
+    ui().IncremButton->click(); // skips the rest silently
+    EXPECT_TRUE(boxes.empty());
+    ui().DownSampButton->click(); // ignored step by step
+    EXPECT_TRUE(boxes.empty());
+    ui().WinzorButton->click(); // an orderly end with a message naming the file
+    setMsgBoxHook({});
+    ASSERT_EQ(boxes.size(), 1u);
+    EXPECT_TRUE(boxes[0].contains("f-WINZ.dat"));
+    EXPECT_EQ(form().Nrec, 64);
+    expectStage(ui(), Stage::Loaded, {"IncremButton", "WinzorButton"});
+    for (const auto& entry : fs::directory_iterator(dir.path()))
+        EXPECT_EQ(entry.path().filename().string().find(".writing"), std::string::npos);
+}
