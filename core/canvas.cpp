@@ -76,8 +76,20 @@ void Canvas::PSet(int /*flag*/, double x, double y, int /*color*/) {
     note(DrawKind::Dot, x, y, x, y);
     flushRun();
     const double tpp = twipsPerPixel();
-    const double size = std::max(1, DrawWidth) * tpp;
-    fillBox(x - size / 2, y - size / 2, size, size, ForeColor.rgb());
+    if (DrawWidth <= 2) {
+        const double size = std::max(1, DrawWidth) * tpp;
+        fillBox(x - size / 2, y - size / 2, size, size, ForeColor.rgb());
+        return;
+    }
+    // A wide pen sets a round dot.
+    QPainter& p = painter();
+    p.setRenderHint(QPainter::Antialiasing, true);
+    p.setPen(Qt::NoPen);
+    p.setBrush(ForeColor);
+    p.drawEllipse(QPointF(x / tpp, y / tpp), DrawWidth / 2.0, DrawWidth / 2.0);
+    p.setRenderHint(QPainter::Antialiasing, false);
+    p.setBrush(Qt::NoBrush);
+    ++painted_;
 }
 
 void Canvas::fillBox(double x, double y, double w, double h, QRgb color) {

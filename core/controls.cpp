@@ -42,9 +42,15 @@ void Button::resizeEvent(QResizeEvent* event) {
 
 TextBox::TextBox(QWidget* parent, const QString& text) : Control<QLineEdit>(parent) {
     QLineEdit::setText(text);
+    setMouseTracking(true);
     QObject::connect(this, &QLineEdit::textEdited, [this] {
         if (Change) Change();
     });
+}
+
+void TextBox::mouseMoveEvent(QMouseEvent* event) {
+    QLineEdit::mouseMoveEvent(event);
+    if (MouseMove) MouseMove();
 }
 
 void TextBox::setText(const QString& text) {

@@ -96,6 +96,10 @@ class TextBox : public Control<QLineEdit> {
     QString Text() const { return text(); }
     void setText(const QString& text);
     Handler Change;
+    Handler MouseMove;
+
+  protected:
+    void mouseMoveEvent(QMouseEvent* event) override;
 };
 
 class CheckBox : public Control<QCheckBox> {

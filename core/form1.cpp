@@ -183,6 +183,7 @@ void Form1::connectHandlers() {
     c.DownSampButton->Click = [this] { DownSampButton_Click(); };
     c.LaunchButton->Click = [this] { LaunchButton_Click(); };
     c.SaveSpButton->Click = [this] { SaveSpButton_Click(); };
+    c.ShowSignGrafButton->Click = [this] { ShowSignGrafButton_Click(); };
     c.FreqCheck->Click = [this] { SpectraViewCheck_Click(); };
     c.LogX_Check->Click = [this] { SpectraViewCheck_Click(); };
     c.LogY_Check->Click = [this] { SpectraViewCheck_Click(); };

@@ -135,6 +135,7 @@ class Form1 : public FormOf<Form1Controls> {
     void PlotSpectra();
     void SpectraViewCheck_Click(); // FreqCheck, LogX_Check and LogY_Check alike
     void SaveSpButton_Click();
+    void ShowSignGrafButton_Click();
 
   protected:
     void connectHandlers() override;

@@ -150,7 +150,7 @@ std::string Fragment(const std::string& S, double firstTime, double lastTime) {
     return ComposeName(S + ",PART[" + bracketTimes(firstTime, lastTime), "].dat");
 }
 
-std::string Harmonic(const std::string& S, bool detrended, double period, double firstTime,
+std::string Harmonic(const std::string& S, bool detrended, float period, double firstTime,
                      double lastTime) {
     return ComposeName(S, std::string(detrended ? ",DeTrended" : "") + "(BestFitHarm,T=" +
                               ShortNumText(period) + ",[" + NumText(firstTime) + "," +

@@ -73,7 +73,7 @@ std::string BandPass(const std::string& S, double firstTime, double lastTime);
 std::string Trend(const std::string& S, const std::string& radius, const std::string& order);
 std::string Residual(const std::string& S, const std::string& radius, const std::string& order);
 std::string Fragment(const std::string& S, double firstTime, double lastTime);
-std::string Harmonic(const std::string& S, bool detrended, double period, double firstTime,
+std::string Harmonic(const std::string& S, bool detrended, float period, double firstTime,
                      double lastTime);
 std::string Component(const std::string& S, double first, double second);
 std::string WavePacketSpectrum(const std::string& D, const std::string& N);

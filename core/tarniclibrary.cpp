@@ -81,6 +81,27 @@ void BurgH_dll(float& samples, std::int32_t& count, std::int32_t& nfAR, std::int
                float& result) {
     resolve<decltype(::BurgH_dll)>("BurgH_dll")(&samples, &count, &nfAR, &nar, &result);
 }
+void KernSmooth_dll(double& signal, double& trend, std::int32_t& count, double& radius) {
+    resolve<decltype(::KernSmooth_dll)>("KernSmooth_dll")(&signal, &trend, &count, &radius);
+}
+void UniStepOrthSmooth_dll(double& signal, std::int32_t& count, std::int32_t& radius,
+                           std::int32_t& order, double& trend) {
+    resolve<decltype(::UniStepOrthSmooth_dll)>("UniStepOrthSmooth_dll")(&signal, &count, &radius,
+                                                                         &order, &trend);
+}
+void FindBestFitHarm_dll(std::int32_t& fragLeng, float& fragment, float& harmonic,
+                         float& ignored1, float& period, float& ignored2, float& varianceRatio) {
+    resolve<decltype(::FindBestFitHarm_dll)>("FindBestFitHarm_dll")(
+        &fragLeng, &fragment, &harmonic, &ignored1, &period, &ignored2, &varianceRatio);
+}
+void PeakTrough_dll(std::int32_t& fragLeng, float& fragment, float& ignored, float& period,
+                    std::int32_t& firstPoint, std::int32_t& secondPoint) {
+    resolve<decltype(::PeakTrough_dll)>("PeakTrough_dll")(&fragLeng, &fragment, &ignored, &period,
+                                                           &firstPoint, &secondPoint);
+}
+void FourBandPass_dll(float& signal, std::int32_t& count, float& tmin, float& tmax) {
+    resolve<decltype(::FourBandPass_dll)>("FourBandPass_dll")(&signal, &count, &tmin, &tmax);
+}
 } // namespace dll
 
 } // namespace tarnic

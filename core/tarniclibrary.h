@@ -60,6 +60,14 @@ void SpectAn_dll(float& signal, std::int32_t& nrec, std::int32_t& lengF, std::in
                  std::int32_t& mm, float& spFour);
 void BurgH_dll(float& samples, std::int32_t& count, std::int32_t& nfAR, std::int32_t& nar,
                float& result);
+void KernSmooth_dll(double& signal, double& trend, std::int32_t& count, double& radius);
+void UniStepOrthSmooth_dll(double& signal, std::int32_t& count, std::int32_t& radius,
+                           std::int32_t& order, double& trend);
+void FindBestFitHarm_dll(std::int32_t& fragLeng, float& fragment, float& harmonic,
+                         float& ignored1, float& period, float& ignored2, float& varianceRatio);
+void PeakTrough_dll(std::int32_t& fragLeng, float& fragment, float& ignored, float& period,
+                    std::int32_t& firstPoint, std::int32_t& secondPoint);
+void FourBandPass_dll(float& signal, std::int32_t& count, float& tmin, float& tmax);
 } // namespace dll
 
 } // namespace tarnic

@@ -1,12 +1,21 @@
 // render-window: draws a window of the workbench into a PNG, headless.
 //
-//   QT_QPA_PLATFORM=offscreen render-window OUT.png [FILE]
+//   QT_QPA_PLATFORM=offscreen render-window OUT.png [FILE [STEP ...]]
 //
 // Starts the workbench in the current directory, double-clicks FILE in the
-// main window's file list when one is given, and saves the picture of the main
-// window. Used to review the layout before and after a file is loaded.
+// main window's file list when one is given, then performs the STEPs in order
+// and saves the picture of the window that is in front at the end. Steps:
+//   launch        Launch Spectra on the main window
+//   signal        open the signal window
+//   trend:R[:O]   compute a trend of radius R (a local polynomial of order O)
+//   cursors:L:R   put the signal window's scroll bars to L and R (0..32767)
+//   zoom          open the fragment window
+//   harm, wave    find the best-fit harmonic, the maximum wave
 #include "core/form1.h"
+#include "core/tarniclibrary.h"
 #include "core/workbench.h"
+#include "signal/signalplot.h"
+#include "signal/signalzoomform.h"
 
 #include <QApplication>
 #include <QDir>
@@ -14,9 +23,11 @@
 
 #include <cstdio>
 
+using namespace tarnic;
+
 int main(int argc, char** argv) {
     if (argc < 2) {
-        std::fprintf(stderr, "usage: render-window OUT.png [FILE]\n");
+        std::fprintf(stderr, "usage: render-window OUT.png [FILE [STEP ...]]\n");
         return 2;
     }
     QApplication app(argc, argv);
@@ -24,10 +35,11 @@ int main(int argc, char** argv) {
     // The path is taken before the main window moves to the program's directory.
     const QFileInfo file(argc > 2 ? QFileInfo(QString::fromLocal8Bit(argv[2])).absoluteFilePath()
                                   : QString());
-    tarnic::Workbench workbench;
+    Workbench workbench;
     workbench.start();
     QApplication::processEvents();
-    tarnic::Form1& form1 = workbench.form1();
+    Form1& form1 = workbench.form1();
+    Form* front = &form1;
     if (argc > 2) {
         form1.ui().Dir1->setPath(file.absolutePath());
         if (!form1.ui().File1->selectFile(file.fileName())) {
@@ -37,6 +49,38 @@ int main(int argc, char** argv) {
         form1.File1_DblClick();
         QApplication::processEvents();
     }
-    const bool ok = form1.window().grab().save(QString::fromLocal8Bit(argv[1]));
+    for (int i = 3; i < argc; ++i) {
+        const QStringList step = QString(argv[i]).split(':');
+        SignalPlot& plot = workbench.signalPlot();
+        SignalZoomForm& zoom = workbench.signalZoomForm();
+        if (step[0] == "launch") {
+            form1.LaunchButton_Click();
+        } else if (step[0] == "signal") {
+            form1.ShowSignGrafButton_Click();
+            front = &plot;
+        } else if (step[0] == "trend" && step.size() > 1) {
+            if (step.size() > 2) {
+                plot.ui().LocPolynomOption->setValue(true);
+                plot.ui().TrendPolynomOrder->setText(step[2]);
+            }
+            plot.ui().SmoothRad->setText(step[1]);
+            plot.ReDrawButton_Click();
+        } else if (step[0] == "cursors" && step.size() > 2) {
+            plot.ui().HScroll_Right->setValue(step[2].toInt());
+            plot.ui().HScroll_Left->setValue(step[1].toInt());
+        } else if (step[0] == "zoom") {
+            plot.ZoomButton_Click();
+            front = &zoom;
+        } else if (step[0] == "harm") {
+            zoom.FindHarm_Click();
+        } else if (step[0] == "wave") {
+            zoom.FindMaxWave_Click();
+        } else {
+            std::fprintf(stderr, "unknown step: %s\n", argv[i]);
+            return 2;
+        }
+        QApplication::processEvents();
+    }
+    const bool ok = front->window().grab().save(QString::fromLocal8Bit(argv[1]));
     return ok ? 0 : 1;
 }
