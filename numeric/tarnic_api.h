@@ -33,6 +33,7 @@ TARNIC_EXPORT void ReadSignalFile_dll(const std::int16_t* pathCodes, std::int32_
 TARNIC_EXPORT void DemulplexTable_dll(const std::int16_t* pathCodes, std::int32_t* pathLen,
                                       std::int32_t* nrec);
 #include "numeric/api_smoothing.h"
+#include "numeric/api_wavelets.h"
 
 // Resamples signal[0 .. nrec-1] by the Fourier method to a coarser step of *step
 // samples (below 1 counts as 1; see numeric/resample.h). On entry *outLen is the
