@@ -184,6 +184,7 @@ void Form1::connectHandlers() {
     c.LaunchButton->Click = [this] { LaunchButton_Click(); };
     c.SaveSpButton->Click = [this] { SaveSpButton_Click(); };
     c.ShowSignGrafButton->Click = [this] { ShowSignGrafButton_Click(); };
+    c.ZoomButton->Click = [this] { ZoomButton_Click(); };
     c.FreqCheck->Click = [this] { SpectraViewCheck_Click(); };
     c.LogX_Check->Click = [this] { SpectraViewCheck_Click(); };
     c.LogY_Check->Click = [this] { SpectraViewCheck_Click(); };

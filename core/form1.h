@@ -136,6 +136,7 @@ class Form1 : public FormOf<Form1Controls> {
     void SpectraViewCheck_Click(); // FreqCheck, LogX_Check and LogY_Check alike
     void SaveSpButton_Click();
     void ShowSignGrafButton_Click();
+    void ZoomButton_Click();
 
   protected:
     void connectHandlers() override;

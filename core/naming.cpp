@@ -132,8 +132,8 @@ std::string SpectrumFourier(const std::string& D, const std::string& N, std::int
                        ".dat");
 }
 
-std::string BandPass(const std::string& S, double firstTime, double lastTime) {
-    return ComposeName(S + "-BPF(" + "Tmin,max=" + ShortNumText(firstTime) + "," +
+std::string BandPass(const std::string& bpfBaseName, double firstTime, double lastTime) {
+    return ComposeName(bpfBaseName + "Tmin,max=" + ShortNumText(firstTime) + "," +
                            ShortNumText(lastTime),
                        ").dat");
 }

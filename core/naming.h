@@ -68,7 +68,8 @@ std::string SpectrumAR(const std::string& D, const std::string& N, std::int32_t 
                        std::int32_t lengAR);
 std::string SpectrumFourier(const std::string& D, const std::string& N, std::int32_t mm,
                             std::int32_t lengF);
-std::string BandPass(const std::string& S, double firstTime, double lastTime);
+// bpfBaseName: S + "-BPF(", as the intake hands it to the band-pass window.
+std::string BandPass(const std::string& bpfBaseName, double firstTime, double lastTime);
 // radius and order as their NumText texts; an empty order means the kernel smoother.
 std::string Trend(const std::string& S, const std::string& radius, const std::string& order);
 std::string Residual(const std::string& S, const std::string& radius, const std::string& order);

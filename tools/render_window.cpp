@@ -11,11 +11,15 @@
 //   cursors:L:R   put the signal window's scroll bars to L and R (0..32767)
 //   zoom          open the fragment window
 //   harm, wave    find the best-fit harmonic, the maximum wave
+//   spzoom        zoom the spectra between the main window's cursors
+//   bandpass      filter the signal to the zoomed band
 #include "core/form1.h"
 #include "core/tarniclibrary.h"
 #include "core/workbench.h"
 #include "signal/signalplot.h"
 #include "signal/signalzoomform.h"
+#include "spectra/bandpassform.h"
+#include "spectra/spectrazoomform.h"
 
 #include <QApplication>
 #include <QDir>
@@ -75,6 +79,12 @@ int main(int argc, char** argv) {
             zoom.FindHarm_Click();
         } else if (step[0] == "wave") {
             zoom.FindMaxWave_Click();
+        } else if (step[0] == "spzoom") {
+            form1.ZoomButton_Click();
+            front = &workbench.spectraZoomForm();
+        } else if (step[0] == "bandpass") {
+            workbench.spectraZoomForm().BandPassButton_Click();
+            front = &workbench.bandPassForm();
         } else {
             std::fprintf(stderr, "unknown step: %s\n", argv[i]);
             return 2;

@@ -42,7 +42,7 @@ TEST(Names, SeriesBesideTheData) {
     EXPECT_EQ(names::DownSampled(S, NumText(4.0) + ".0"), "/d/x-DNS= 4.0.dat");
     EXPECT_EQ(names::DownSampled(S, NumText(2.5f)), "/d/x-DNS= 2.5.dat");
     EXPECT_EQ(names::DownSampledVariance(S, 4.0), "/d/x-Var.DNS= 4.dat");
-    EXPECT_EQ(names::BandPass(S, 12.3456, 250.0), "/d/x-BPF(Tmin,max= 12.345, 250).dat");
+    EXPECT_EQ(names::BandPass(S + "-BPF(", 12.3456, 250.0), "/d/x-BPF(Tmin,max= 12.345, 250).dat");
     EXPECT_EQ(names::Trend(S, NumText(std::int32_t{50}), ""), "/d/x-TRN,Rad= 50.dat");
     EXPECT_EQ(names::Trend(S, " 50", " 3"), "/d/x-TRN,Rad= 50,Ord= 3.dat");
     EXPECT_EQ(names::Residual(S, " 50", " 3"), "/d/x-RSD,Rad= 50,Ord= 3.dat");
