@@ -84,9 +84,15 @@ OptionButton::OptionButton(QWidget* parent, const QString& caption, bool selecte
     : Control<QRadioButton>(parent) {
     setText(caption);
     setChecked(selected);
+    setMouseTracking(true);
     QObject::connect(this, &QRadioButton::toggled, [this](bool on) {
         if (on && !assigning_ && Click) Click();
     });
+}
+
+void OptionButton::mouseMoveEvent(QMouseEvent* event) {
+    QRadioButton::mouseMoveEvent(event);
+    if (MouseMove) MouseMove();
 }
 
 void OptionButton::setValue(bool selected) {

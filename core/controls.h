@@ -121,6 +121,10 @@ class OptionButton : public Control<QRadioButton> {
     void setValue(bool selected);
     QString Caption() const { return text(); }
     Handler Click;
+    Handler MouseMove;
+
+  protected:
+    void mouseMoveEvent(QMouseEvent* event) override;
 
   private:
     bool assigning_ = false;

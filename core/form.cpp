@@ -11,6 +11,12 @@ namespace tarnic {
 
 FormWindow::FormWindow(Form& form) : QWidget(nullptr), form_(form) {
     setAttribute(Qt::WA_DeleteOnClose, false);
+    setMouseTracking(true);
+}
+
+void FormWindow::mouseMoveEvent(QMouseEvent* event) {
+    QWidget::mouseMoveEvent(event);
+    form_.Form_MouseMove();
 }
 
 void FormWindow::paintEvent(QPaintEvent*) {

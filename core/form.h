@@ -39,6 +39,7 @@ class FormWindow : public QWidget {
     void paintEvent(QPaintEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void changeEvent(QEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
 
   private:
     Form& form_;
@@ -83,6 +84,8 @@ class Form {
     virtual void Form_Load() {}
     virtual void Form_Activate() {}
     virtual void Form_Unload() {}
+    // The pointer moves over the window itself, outside its controls.
+    virtual void Form_MouseMove() {}
     // Sets the window's inner size in twips (called from createControls).
     void setClientSize(double width, double height);
 

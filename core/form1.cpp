@@ -185,6 +185,13 @@ void Form1::connectHandlers() {
     c.SaveSpButton->Click = [this] { SaveSpButton_Click(); };
     c.ShowSignGrafButton->Click = [this] { ShowSignGrafButton_Click(); };
     c.ZoomButton->Click = [this] { ZoomButton_Click(); };
+    c.WavePackButton->Click = [this] { WavePackButton_Click(); };
+    c.LevMaxText->Change = [this] { WaveletChoice_Change(); };
+    c.LevMaxText->MouseMove = [this] { WaveletChoice_MouseMove(ui_->LevMaxText); };
+    for (OptionButton* option : {c.Option1, c.Option2, c.Option3, c.Option4}) {
+        option->Click = [this] { WaveletChoice_Change(); };
+        option->MouseMove = [this, option] { WaveletChoice_MouseMove(option); };
+    }
     c.FreqCheck->Click = [this] { SpectraViewCheck_Click(); };
     c.LogX_Check->Click = [this] { SpectraViewCheck_Click(); };
     c.LogY_Check->Click = [this] { SpectraViewCheck_Click(); };

@@ -137,6 +137,11 @@ class Form1 : public FormOf<Form1Controls> {
     void SaveSpButton_Click();
     void ShowSignGrafButton_Click();
     void ZoomButton_Click();
+    void WavePackButton_Click();
+    // LevMaxText Change and the Click of the four options: the decomposition goes.
+    void WaveletChoice_Change();
+    // The tool tips of LevMaxText and the four options, as the pointer moves.
+    void WaveletChoice_MouseMove(QWidget* control);
 
   protected:
     void connectHandlers() override;

@@ -157,8 +157,8 @@ std::string Harmonic(const std::string& S, bool detrended, float period, double 
                               NumText(lastTime) + "]).dat");
 }
 
-std::string Component(const std::string& S, double first, double second) {
-    return ComposeName(S + "-WDC(" + "Tmin,max=" + ShortNumText(first) + "," +
+std::string Component(const std::string& wdcStem, double first, double second) {
+    return ComposeName(wdcStem + "Tmin,max=" + ShortNumText(first) + "," +
                            ShortNumText(second),
                        ").dat");
 }

@@ -76,7 +76,8 @@ std::string Residual(const std::string& S, const std::string& radius, const std:
 std::string Fragment(const std::string& S, double firstTime, double lastTime);
 std::string Harmonic(const std::string& S, bool detrended, float period, double firstTime,
                      double lastTime);
-std::string Component(const std::string& S, double first, double second);
+// wdcStem: S + "-WDC(", as the intake hands it to the component map.
+std::string Component(const std::string& wdcStem, double first, double second);
 std::string WavePacketSpectrum(const std::string& D, const std::string& N);
 // levelText: the text of the threshold level; symlet chooses ",Sym" over ",Daub".
 std::string ThresholdMain(const std::string& S, const std::string& levelText, bool symlet,

@@ -102,6 +102,39 @@ void PeakTrough_dll(std::int32_t& fragLeng, float& fragment, float& ignored, flo
 void FourBandPass_dll(float& signal, std::int32_t& count, float& tmin, float& tmax) {
     resolve<decltype(::FourBandPass_dll)>("FourBandPass_dll")(&signal, &count, &tmin, &tmax);
 }
+void OrthWavePack_dll(float& signal, std::int32_t& nrec, std::int32_t& splitCoef,
+                      std::int32_t& levMin, std::int32_t& levMax, std::int32_t& componentCount,
+                      float& wdcTmin, float& wdcTmax, float& wdcData, std::int32_t& waveCode,
+                      float& wdcMean, float& wdcScale, float& wdcPower) {
+    resolve<decltype(::OrthWavePack_dll)>("OrthWavePack_dll")(
+        &signal, &nrec, &splitCoef, &levMin, &levMax, &componentCount, &wdcTmin, &wdcTmax,
+        &wdcData, &waveCode, &wdcMean, &wdcScale, &wdcPower);
+}
+void WaveBasisGraf_dll(std::int32_t& waveCode, std::int32_t& basisLength, float& waveBasis) {
+    resolve<decltype(::WaveBasisGraf_dll)>("WaveBasisGraf_dll")(&waveCode, &basisLength,
+                                                                 &waveBasis);
+}
+void Ford_dll(float& samples, std::int32_t& length, std::int32_t& waveCode) {
+    resolve<decltype(::Ford_dll)>("Ford_dll")(&samples, &length, &waveCode);
+}
+void DonohoLevel_dll(float& filtInput, std::int32_t& nrec, std::int32_t& waveCode,
+                     float& donohoValue) {
+    resolve<decltype(::DonohoLevel_dll)>("DonohoLevel_dll")(&filtInput, &nrec, &waveCode,
+                                                             &donohoValue);
+}
+void WaveFiltThresh_dll(float& filtInput, float& filtResult, std::int32_t& nrec,
+                        std::int32_t& waveCode, float& threshValue) {
+    resolve<decltype(::WaveFiltThresh_dll)>("WaveFiltThresh_dll")(&filtInput, &filtResult, &nrec,
+                                                                   &waveCode, &threshValue);
+}
+void HeisBoxes_dll(float& heisSignal, std::int32_t& heisSamples, std::int32_t& splitCoef,
+                   std::int32_t& levMin, std::int32_t& levMax, std::int32_t& heisRows,
+                   float& heisScaleLow, float& heisScaleHigh, float& heisMap,
+                   std::int32_t& waveCode) {
+    resolve<decltype(::HeisBoxes_dll)>("HeisBoxes_dll")(&heisSignal, &heisSamples, &splitCoef,
+                                                         &levMin, &levMax, &heisRows, &heisScaleLow,
+                                                         &heisScaleHigh, &heisMap, &waveCode);
+}
 } // namespace dll
 
 } // namespace tarnic

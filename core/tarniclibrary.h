@@ -68,6 +68,20 @@ void FindBestFitHarm_dll(std::int32_t& fragLeng, float& fragment, float& harmoni
 void PeakTrough_dll(std::int32_t& fragLeng, float& fragment, float& ignored, float& period,
                     std::int32_t& firstPoint, std::int32_t& secondPoint);
 void FourBandPass_dll(float& signal, std::int32_t& count, float& tmin, float& tmax);
+void OrthWavePack_dll(float& signal, std::int32_t& nrec, std::int32_t& splitCoef,
+                      std::int32_t& levMin, std::int32_t& levMax, std::int32_t& componentCount,
+                      float& wdcTmin, float& wdcTmax, float& wdcData, std::int32_t& waveCode,
+                      float& wdcMean, float& wdcScale, float& wdcPower);
+void WaveBasisGraf_dll(std::int32_t& waveCode, std::int32_t& basisLength, float& waveBasis);
+void Ford_dll(float& samples, std::int32_t& length, std::int32_t& waveCode);
+void DonohoLevel_dll(float& filtInput, std::int32_t& nrec, std::int32_t& waveCode,
+                     float& donohoValue);
+void WaveFiltThresh_dll(float& filtInput, float& filtResult, std::int32_t& nrec,
+                        std::int32_t& waveCode, float& threshValue);
+void HeisBoxes_dll(float& heisSignal, std::int32_t& heisSamples, std::int32_t& splitCoef,
+                   std::int32_t& levMin, std::int32_t& levMax, std::int32_t& heisRows,
+                   float& heisScaleLow, float& heisScaleHigh, float& heisMap,
+                   std::int32_t& waveCode);
 } // namespace dll
 
 } // namespace tarnic

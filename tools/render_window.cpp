@@ -13,6 +13,9 @@
 //   harm, wave    find the best-fit harmonic, the maximum wave
 //   spzoom        zoom the spectra between the main window's cursors
 //   bandpass      filter the signal to the zoomed band
+//   wavepack[:L:S] decompose into wavelet packets (level L, split option 1..4);
+//                 then "show:WaveSpectForm" or "show:WaveBasisForm" picks the window
+//   show:NAME     picture the window NAME instead of the last one opened
 #include "core/form1.h"
 #include "core/tarniclibrary.h"
 #include "core/workbench.h"
@@ -20,6 +23,9 @@
 #include "signal/signalzoomform.h"
 #include "spectra/bandpassform.h"
 #include "spectra/spectrazoomform.h"
+#include "wavelet/wavebasisform.h"
+#include "wavelet/wavedecform.h"
+#include "wavelet/wavespectform.h"
 
 #include <QApplication>
 #include <QDir>
@@ -85,6 +91,19 @@ int main(int argc, char** argv) {
         } else if (step[0] == "bandpass") {
             workbench.spectraZoomForm().BandPassButton_Click();
             front = &workbench.bandPassForm();
+        } else if (step[0] == "wavepack") {
+            if (step.size() > 2) {
+                form1.ui().LevMaxText->setText(step[1]);
+                OptionButton* options[] = {form1.ui().Option1, form1.ui().Option2,
+                                           form1.ui().Option3, form1.ui().Option4};
+                options[std::clamp(step[2].toInt(), 1, 4) - 1]->setValue(true);
+            }
+            form1.WavePackButton_Click();
+            front = &workbench.waveDecForm();
+        } else if (step[0] == "show" && step.size() > 1) {
+            if (step[1] == "WaveSpectForm") front = &workbench.waveSpectForm();
+            if (step[1] == "WaveBasisForm") front = &workbench.waveBasisForm();
+            if (step[1] == "Form1") front = &form1;
         } else {
             std::fprintf(stderr, "unknown step: %s\n", argv[i]);
             return 2;

@@ -1,25 +1,23 @@
-// The graph of the chosen orthogonal wavelet.
-//
-// Its controls and handlers are built with the analysis it serves; until then
-// the window carries the public members that other windows fill.
+// WaveBasisForm: the graph of the orthogonal wavelet the decomposition used.
+// The decomposition draws into it; the window has no behaviour of its own.
 #pragma once
 
-#include "core/array1.h"
 #include "core/form.h"
-
-#include <QString>
-#include <cstdint>
+#include "core/modul.h"
 
 namespace tarnic {
 
-class WaveBasisForm : public FormOf<struct WaveBasisFormControls> {
+struct WaveBasisFormControls {
+    explicit WaveBasisFormControls(FormWindow& window);
+    PlotSurface* WaveletBasisFunctionGraf;
+};
+
+class WaveBasisForm : public FormOf<WaveBasisFormControls> {
   public:
     explicit WaveBasisForm(Workbench& workbench) : FormOf(workbench, "WaveBasisForm") {}
 
-};
-
-struct WaveBasisFormControls {
-    explicit WaveBasisFormControls(FormWindow&) {}
+  protected:
+    void connectHandlers() override;
 };
 
 } // namespace tarnic

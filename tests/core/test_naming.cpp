@@ -51,7 +51,7 @@ TEST(Names, SeriesBesideTheData) {
     EXPECT_EQ(names::Harmonic(S, false, 12.3456, 0, 99), "/d/x(BestFitHarm,T= 12.345,[ 0, 99]).dat");
     EXPECT_EQ(names::Harmonic(S, true, 12.3456, 0, 99),
               "/d/x,DeTrended(BestFitHarm,T= 12.345,[ 0, 99]).dat");
-    EXPECT_EQ(names::Component(S, 2, 4.5), "/d/x-WDC(Tmin,max= 2, 4.5).dat");
+    EXPECT_EQ(names::Component(S + "-WDC(", 2, 4.5), "/d/x-WDC(Tmin,max= 2, 4.5).dat");
     EXPECT_EQ(names::ThresholdMain(S, " .75", false, 8), "/d/x-THR-MAIN( .75,Daub 8).dat");
     EXPECT_EQ(names::ThresholdResidual(S, " .75", true, 8), "/d/x-THR-RSD( .75,Sym 8).dat");
 }
