@@ -1,25 +1,34 @@
-// The zoomed result of the threshold filter.
-//
-// Its controls and handlers are built with the analysis it serves; until then
-// the window carries the public members that other windows fill.
+// WaveFiltZoomForm: the input signal and the threshold filter's result between
+// the cursors of the filter window, on a Y scale of their own. A view only.
 #pragma once
 
-#include "core/array1.h"
 #include "core/form.h"
-
-#include <QString>
-#include <cstdint>
+#include "core/modul.h"
 
 namespace tarnic {
 
-class WaveFiltZoomForm : public FormOf<struct WaveFiltZoomFormControls> {
+struct WaveFiltZoomFormControls {
+    explicit WaveFiltZoomFormControls(FormWindow& window);
+
+    PlotSurface* WaveFiltZoomGraf;
+    MarksFrame* XmarksFrame;
+    MarkLabels Xmarks{};
+    MarksFrame* YmarksFrame;
+    MarkLabels Ymarks{};
+};
+
+class WaveFiltZoomForm : public FormOf<WaveFiltZoomFormControls> {
   public:
     explicit WaveFiltZoomForm(Workbench& workbench) : FormOf(workbench, "WaveFiltZoomForm") {}
 
-};
+    float ZoomFirstSample = 0, ZoomLastSample = 0; // 1-based sample numbers
+    float ZoomMin = 0, ZoomMax = 0;                // range of the input in the fragment
 
-struct WaveFiltZoomFormControls {
-    explicit WaveFiltZoomFormControls(FormWindow&) {}
+    void WaveFiltZoomGraf_MouseMove(int button, int shift, float x, float y);
+
+  protected:
+    void connectHandlers() override;
+    void Form_Activate() override;
 };
 
 } // namespace tarnic

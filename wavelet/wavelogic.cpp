@@ -2,6 +2,9 @@
 
 #include "core/numtext.h"
 
+#include <cmath>
+#include <limits>
+
 namespace tarnic {
 
 std::int32_t ClampDetailLevel(double typed, std::int32_t levPow) {
@@ -19,6 +22,32 @@ std::int32_t PacketComponents(std::int32_t splitCoef, std::int32_t levMax) {
 
 std::int64_t PacketVolume(std::int32_t componentCount, std::int32_t levPowLength) {
     return static_cast<std::int64_t>(componentCount) * levPowLength;
+}
+
+} // namespace tarnic
+
+namespace tarnic {
+
+std::int32_t ParseWaveletOrder(double typed, std::int32_t fallback, std::int32_t lo,
+                               std::int32_t hi) {
+    std::int32_t n = fallback;
+    if (const auto read = IntOf(typed)) {
+        n = *read;
+        if (n < lo || n > hi) n = fallback;
+    }
+    return 2 * (n / 2);
+}
+
+float ThresholdShare(double typed, float donohoValue, std::int32_t nrec) {
+    float share = donohoValue;
+    if (std::fabs(typed) <= std::numeric_limits<float>::max()) {
+        share = static_cast<float>(typed);
+        if (share < 0) share = 0;
+        if (share > 1) share = 1;
+    }
+    const float bound = static_cast<float>(nrec - 8) / static_cast<float>(nrec);
+    if (share > bound) share = bound;
+    return share;
 }
 
 } // namespace tarnic

@@ -26,3 +26,18 @@ inline std::int32_t WaveletOrder(std::int32_t waveCode) {
 }
 
 } // namespace tarnic
+
+namespace tarnic {
+
+// A wavelet order from its box: the integer part within lo .. hi, else the
+// fallback (also for a number beyond 32 bits), then made even by rounding down:
+// for Daubechies' wavelets 21 falls back, 19 gives 18, 3 gives 2.
+std::int32_t ParseWaveletOrder(double typed, std::int32_t fallback, std::int32_t lo,
+                               std::int32_t hi);
+
+// The share of coefficients the threshold filter removes: the typed level
+// within 0 .. 1 (a number beyond single precision keeps the Donoho level
+// unbounded), then at most (nrec - 8) / nrec, so that 8 coefficients remain.
+float ThresholdShare(double typed, float donohoValue, std::int32_t nrec);
+
+} // namespace tarnic

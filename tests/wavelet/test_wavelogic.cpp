@@ -29,3 +29,22 @@ TEST(PacketVolume, EightMillionPassesAndMoreIsRefused) {
     EXPECT_TRUE(IsSymlet(108));
     EXPECT_FALSE(IsSymlet(20));
 }
+
+TEST(WaveletOrder, OutOfBoundsFallsBackAndOddOrdersGoDown) {
+    EXPECT_EQ(ParseWaveletOrder(21, 4, 2, 20), 4);
+    EXPECT_EQ(ParseWaveletOrder(19, 4, 2, 20), 18);
+    EXPECT_EQ(ParseWaveletOrder(3, 4, 2, 20), 2);
+    EXPECT_EQ(ParseWaveletOrder(7, 8, 8, 20), 8) << "symlets start at 8: 7 falls back";
+    EXPECT_EQ(ParseWaveletOrder(9, 12, 8, 20), 8);
+    EXPECT_EQ(ParseWaveletOrder(0, 6, 2, 20), 6) << "an empty or non-numeric box";
+    EXPECT_EQ(ParseWaveletOrder(3e9, 10, 2, 20), 10);
+}
+
+TEST(ThresholdShare, BetweenZeroAndTheShareThatLeavesEightCoefficients) {
+    EXPECT_FLOAT_EQ(ThresholdShare(1.0, 0.5f, 32), 0.75f);
+    EXPECT_FLOAT_EQ(ThresholdShare(0.3, 0.5f, 32), 0.3f);
+    EXPECT_FLOAT_EQ(ThresholdShare(-2, 0.5f, 32), 0.0f);
+    EXPECT_FLOAT_EQ(ThresholdShare(5, 0.5f, 1000), 0.992f);
+    EXPECT_FLOAT_EQ(ThresholdShare(1e300, 0.5f, 1000), 0.5f) << "beyond single precision";
+    EXPECT_FLOAT_EQ(ThresholdShare(1e300, 0.9f, 32), 0.75f) << "the share bound still holds";
+}
