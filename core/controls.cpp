@@ -109,8 +109,8 @@ void OptionButton::setValue(bool selected) {
     if (selected && Click) Click();
 }
 
-ScrollBar::ScrollBar(QWidget* parent, int min, int max, int value)
-    : Control<QScrollBar>(Qt::Horizontal, parent) {
+ScrollBar::ScrollBar(QWidget* parent, int min, int max, int value, Qt::Orientation orientation)
+    : Control<QScrollBar>(orientation, parent) {
     setRange(min, max);
     QScrollBar::setValue(value);
     setSingleStep(std::max(1, (max - min) / 100));

@@ -132,7 +132,9 @@ class OptionButton : public Control<QRadioButton> {
 
 class ScrollBar : public Control<QScrollBar> {
   public:
-    ScrollBar(QWidget* parent, int min, int max, int value);
+    ScrollBar(QWidget* parent, int min, int max, int value,
+              Qt::Orientation orientation = Qt::Horizontal);
+    void setMax(int max) { setMaximum(max); }
     int Min() const { return minimum(); }
     int Max() const { return maximum(); }
     int Value() const { return value(); }

@@ -187,6 +187,7 @@ void Form1::connectHandlers() {
     c.ZoomButton->Click = [this] { ZoomButton_Click(); };
     c.WavePackButton->Click = [this] { WavePackButton_Click(); };
     c.WaveFiltButton->Click = [this] { WaveFiltButton_Click(); };
+    c.HelpButton->Click = [this] { HelpButton_Click(); };
     c.LevMaxText->Change = [this] { WaveletChoice_Change(); };
     c.LevMaxText->MouseMove = [this] { WaveletChoice_MouseMove(ui_->LevMaxText); };
     for (OptionButton* option : {c.Option1, c.Option2, c.Option3, c.Option4}) {

@@ -139,6 +139,7 @@ class Form1 : public FormOf<Form1Controls> {
     void ZoomButton_Click();
     void WavePackButton_Click();
     void WaveFiltButton_Click();
+    void HelpButton_Click();
     // LevMaxText Change and the Click of the four options: the decomposition goes.
     void WaveletChoice_Change();
     // The tool tips of LevMaxText and the four options, as the pointer moves.

@@ -1,25 +1,24 @@
-// The block scheme of the workbench.
-//
-// Its controls and handlers are built with the analysis it serves; until then
-// the window carries the public members that other windows fill.
+// BlockSchemeForm: one picture of the operations of the workbench and how they
+// hang together, filling the window.
 #pragma once
 
-#include "core/array1.h"
 #include "core/form.h"
 
-#include <QString>
-#include <cstdint>
+#include <QLabel>
 
 namespace tarnic {
 
-class BlockSchemeForm : public FormOf<struct BlockSchemeFormControls> {
+struct BlockSchemeFormControls {
+    explicit BlockSchemeFormControls(FormWindow& window);
+    QLabel* Picture1;
+};
+
+class BlockSchemeForm : public FormOf<BlockSchemeFormControls> {
   public:
     explicit BlockSchemeForm(Workbench& workbench) : FormOf(workbench, "BlockSchemeForm") {}
 
-};
-
-struct BlockSchemeFormControls {
-    explicit BlockSchemeFormControls(FormWindow&) {}
+  protected:
+    void connectHandlers() override;
 };
 
 } // namespace tarnic

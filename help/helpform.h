@@ -1,25 +1,30 @@
-// The help text.
-//
-// Its controls and handlers are built with the analysis it serves; until then
-// the window carries the public members that other windows fill.
+// HelpForm: the help text of the workbench, and the button to its block scheme.
 #pragma once
 
-#include "core/array1.h"
+#include "core/controls.h"
 #include "core/form.h"
 
-#include <QString>
-#include <cstdint>
+#include <QPlainTextEdit>
 
 namespace tarnic {
 
-class HelpForm : public FormOf<struct HelpFormControls> {
+struct HelpFormControls {
+    explicit HelpFormControls(FormWindow& window);
+    Control<QPlainTextEdit>* HelpFormText;
+    Button* Command1;
+};
+
+class HelpForm : public FormOf<HelpFormControls> {
   public:
     explicit HelpForm(Workbench& workbench) : FormOf(workbench, "HelpForm") {}
 
-};
+    // The whole help text, its lines joined by carriage return and line feed.
+    static QString Text();
+    void Command1_Click();
 
-struct HelpFormControls {
-    explicit HelpFormControls(FormWindow&) {}
+  protected:
+    void connectHandlers() override;
+    void Form_Unload() override;
 };
 
 } // namespace tarnic

@@ -1,25 +1,22 @@
-// The theory picture of the multifractal DFA.
-//
-// Its controls and handlers are built with the analysis it serves; until then
-// the window carries the public members that other windows fill.
+// MFDFA_Help_form: the theory of the multifractal detrended fluctuation
+// analysis, a picture scrolled in a viewport.
 #pragma once
 
-#include "core/array1.h"
-#include "core/form.h"
-
-#include <QString>
-#include <cstdint>
+#include "help/theory.h"
 
 namespace tarnic {
 
-class MFDFA_Help_form : public FormOf<struct MFDFA_Help_formControls> {
+struct MFDFA_Help_formControls : ScrolledPictureControls {
+    explicit MFDFA_Help_formControls(FormWindow& window)
+        : ScrolledPictureControls(window, MfdfaTheoryPicture(), 640) {}
+};
+
+class MFDFA_Help_form : public FormOf<MFDFA_Help_formControls> {
   public:
     explicit MFDFA_Help_form(Workbench& workbench) : FormOf(workbench, "MFDFA_Help_form") {}
 
-};
-
-struct MFDFA_Help_formControls {
-    explicit MFDFA_Help_formControls(FormWindow&) {}
+  protected:
+    void connectHandlers() override;
 };
 
 } // namespace tarnic

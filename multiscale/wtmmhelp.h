@@ -1,25 +1,22 @@
-// The theory picture of the WTMM analysis.
-//
-// Its controls and handlers are built with the analysis it serves; until then
-// the window carries the public members that other windows fill.
+// WTMM_Help: the theory of the WTMM skeleton chains, a picture scrolled in a
+// viewport.
 #pragma once
 
-#include "core/array1.h"
-#include "core/form.h"
-
-#include <QString>
-#include <cstdint>
+#include "help/theory.h"
 
 namespace tarnic {
 
-class WTMM_Help : public FormOf<struct WTMM_HelpControls> {
+struct WTMM_HelpControls : ScrolledPictureControls {
+    explicit WTMM_HelpControls(FormWindow& window)
+        : ScrolledPictureControls(window, WtmmTheoryPicture(), 600) {}
+};
+
+class WTMM_Help : public FormOf<WTMM_HelpControls> {
   public:
     explicit WTMM_Help(Workbench& workbench) : FormOf(workbench, "WTMM_Help") {}
 
-};
-
-struct WTMM_HelpControls {
-    explicit WTMM_HelpControls(FormWindow&) {}
+  protected:
+    void connectHandlers() override;
 };
 
 } // namespace tarnic

@@ -16,6 +16,8 @@
 //   wavepack[:L:S] decompose into wavelet packets (level L, split option 1..4);
 //                 then "show:WaveSpectForm" or "show:WaveBasisForm" picks the window
 //   show:NAME     picture the window NAME instead of the last one opened
+//   help[:K]      the help text (0), the block scheme (1), the WTMM (2) or the
+//                 multifractal (3) theory picture
 #include "core/form1.h"
 #include "core/tarniclibrary.h"
 #include "core/workbench.h"
@@ -23,6 +25,10 @@
 #include "signal/signalzoomform.h"
 #include "spectra/bandpassform.h"
 #include "spectra/spectrazoomform.h"
+#include "help/blockschemeform.h"
+#include "help/helpform.h"
+#include "multiscale/mfdfahelpform.h"
+#include "multiscale/wtmmhelp.h"
 #include "wavelet/wavebasisform.h"
 #include "wavelet/wavedecform.h"
 #include "wavelet/wavespectform.h"
@@ -104,6 +110,12 @@ int main(int argc, char** argv) {
             if (step[1] == "WaveSpectForm") front = &workbench.waveSpectForm();
             if (step[1] == "WaveBasisForm") front = &workbench.waveBasisForm();
             if (step[1] == "Form1") front = &form1;
+        } else if (step[0] == "help") {
+            Form* help[] = {&workbench.helpForm(), &workbench.blockSchemeForm(),
+                            &workbench.wtmmHelp(), &workbench.mfdfaHelpForm()};
+            front = help[std::clamp(step.size() > 1 ? step[1].toInt() : 0, 0, 3)];
+            if (front == help[0]) form1.HelpButton_Click();
+            else front->Show();
         } else {
             std::fprintf(stderr, "unknown step: %s\n", argv[i]);
             return 2;
