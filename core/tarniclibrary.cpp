@@ -135,6 +135,24 @@ void HeisBoxes_dll(float& heisSignal, std::int32_t& heisSamples, std::int32_t& s
                                                          &levMin, &levMax, &heisRows, &heisScaleLow,
                                                          &heisScaleHigh, &heisMap, &waveCode);
 }
+void MorletWaveSvan_dll(std::int32_t& fragLeng, float& fragment, float& smin, float& smax,
+                        std::int32_t& scaleCount, float& morletMap, float& morletSpec) {
+    resolve<decltype(::MorletWaveSvan_dll)>("MorletWaveSvan_dll")(
+        &fragLeng, &fragment, &smin, &smax, &scaleCount, &morletMap, &morletSpec);
+}
+void WTMM_FP_dll(double& wtmmInput, std::int32_t& fragLeng, std::int32_t& trendOrder,
+                 double& gamma, std::int32_t& chainCounts, double& wtmmDetrended) {
+    resolve<decltype(::WTMM_FP_dll)>("WTMM_FP_dll")(&wtmmInput, &fragLeng, &trendOrder, &gamma,
+                                                     &chainCounts, &wtmmDetrended);
+}
+void MF_DFA_dll(double& signal, std::int32_t& samples, std::int32_t& detrendOrder,
+                std::int32_t& measureType, std::int32_t& minScale, std::int32_t& maxScale,
+                std::int32_t& alfaCount, double& alfa, double& fAlfa, double& qMin, double& qMax,
+                std::int32_t& qCount, std::int32_t& scaleCount, double& zqTab) {
+    resolve<decltype(::MF_DFA_dll)>("MF_DFA_dll")(&signal, &samples, &detrendOrder, &measureType,
+                                                   &minScale, &maxScale, &alfaCount, &alfa, &fAlfa,
+                                                   &qMin, &qMax, &qCount, &scaleCount, &zqTab);
+}
 } // namespace dll
 
 } // namespace tarnic

@@ -82,6 +82,14 @@ void HeisBoxes_dll(float& heisSignal, std::int32_t& heisSamples, std::int32_t& s
                    std::int32_t& levMin, std::int32_t& levMax, std::int32_t& heisRows,
                    float& heisScaleLow, float& heisScaleHigh, float& heisMap,
                    std::int32_t& waveCode);
+void MorletWaveSvan_dll(std::int32_t& fragLeng, float& fragment, float& smin, float& smax,
+                        std::int32_t& scaleCount, float& morletMap, float& morletSpec);
+void WTMM_FP_dll(double& wtmmInput, std::int32_t& fragLeng, std::int32_t& trendOrder,
+                 double& gamma, std::int32_t& chainCounts, double& wtmmDetrended);
+void MF_DFA_dll(double& signal, std::int32_t& samples, std::int32_t& detrendOrder,
+                std::int32_t& measureType, std::int32_t& minScale, std::int32_t& maxScale,
+                std::int32_t& alfaCount, double& alfa, double& fAlfa, double& qMin, double& qMax,
+                std::int32_t& qCount, std::int32_t& scaleCount, double& zqTab);
 } // namespace dll
 
 } // namespace tarnic

@@ -60,3 +60,4 @@ TARNIC_EXPORT void SpectAn_dll(const float* signal, std::int32_t* nrec, std::int
 // threads at once.
 TARNIC_EXPORT void BurgH_dll(const float* samples, std::int32_t* count, std::int32_t* nfAR,
                              std::int32_t* nar, float* result);
+#include "numeric/api_multiscale.h"

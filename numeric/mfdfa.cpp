@@ -1,0 +1,260 @@
+#include "numeric/mfdfa.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <numbers>
+#include <numeric>
+
+namespace tarnic {
+namespace {
+
+// A segment measure at or below this share of max |x| counts as no fluctuation.
+constexpr double zeroMeasureShare = 1e-11;
+// |q| below this is q = 0 (the geometric-mean limit).
+constexpr double zeroQ = 1e-12;
+
+double dot(const double* a, const double* b, std::size_t n) {
+    double s = 0.0;
+    for (std::size_t i = 0; i < n; ++i)
+        s += a[i] * b[i];
+    return s;
+}
+
+double maxAbs(std::span<const double> x) {
+    double m = 0.0;
+    for (double v : x)
+        m = std::max(m, std::abs(v));
+    return m;
+}
+
+// ln Z(q, s) from the logarithms of the segment measures: the log of the power
+// mean, computed around the extreme logarithm so that no power overflows.
+double logPowerMean(std::span<const double> logMeasures, double q) {
+    const double count = static_cast<double>(logMeasures.size());
+    if (std::abs(q) < zeroQ)
+        return std::accumulate(logMeasures.begin(), logMeasures.end(), 0.0) / count;
+    const auto [lo, hi] = std::minmax_element(logMeasures.begin(), logMeasures.end());
+    const double pivot = q > 0 ? *hi : *lo; // makes every q (L - pivot) <= 0
+    double sum = 0.0;
+    for (double l : logMeasures)
+        sum += std::exp(q * (l - pivot));
+    return pivot + (std::log(sum) - std::log(count)) / q;
+}
+
+// Least-squares slope of y on x.
+double slope(std::span<const double> x, std::span<const double> y) {
+    const double n = static_cast<double>(x.size());
+    const double xBar = std::accumulate(x.begin(), x.end(), 0.0) / n;
+    const double yBar = std::accumulate(y.begin(), y.end(), 0.0) / n;
+    double sxx = 0.0, sxy = 0.0;
+    for (std::size_t i = 0; i < x.size(); ++i) {
+        sxx += (x[i] - xBar) * (x[i] - xBar);
+        sxy += (x[i] - xBar) * (y[i] - yBar);
+    }
+    return sxx > 0.0 ? sxy / sxx : 0.0;
+}
+
+// The Legendre transform max{min over q of (q (alpha - h(q)) + 1), 0}.
+double legendre(double alpha, std::span<const double> q, std::span<const double> h) {
+    double least = std::numeric_limits<double>::infinity();
+    for (std::size_t j = 0; j < q.size(); ++j)
+        least = std::min(least, q[j] * (alpha - h[j]) + 1.0);
+    // Rounding leaves a few ulps at the exact ends of the support.
+    return least > 1e-12 ? least : 0.0;
+}
+
+} // namespace
+
+PolynomialDetrender::PolynomialDetrender(std::size_t length, int order) : length_(length) {
+    const std::size_t wanted = static_cast<std::size_t>(std::max(order, 0)) + 1;
+    const std::size_t columns = std::min(wanted, length);
+    basis_.reserve(columns * length);
+    if (length == 0) return;
+    // The abscissa mapped onto [-1, 1]; each new column is the previous one times
+    // u, orthogonalised twice against all columns so far (Arnoldi on the diagonal
+    // matrix of u), which spans the same polynomials as 1, u, u^2, ...
+    std::vector<double> u(length, 0.0);
+    if (length > 1)
+        for (std::size_t t = 0; t < length; ++t)
+            u[t] = 2.0 * static_cast<double>(t) / static_cast<double>(length - 1) - 1.0;
+    std::vector<double> v(length, 1.0);
+    for (std::size_t k = 0; k < columns; ++k) {
+        if (k > 0) {
+            const double* previous = basis_.data() + (k - 1) * length;
+            for (std::size_t t = 0; t < length; ++t)
+                v[t] = u[t] * previous[t];
+        }
+        const double before = std::sqrt(dot(v.data(), v.data(), length));
+        for (int pass = 0; pass < 2; ++pass)
+            for (std::size_t j = 0; j < k; ++j) {
+                const double* column = basis_.data() + j * length;
+                const double c = dot(column, v.data(), length);
+                for (std::size_t t = 0; t < length; ++t)
+                    v[t] -= c * column[t];
+            }
+        const double norm = std::sqrt(dot(v.data(), v.data(), length));
+        if (!(norm > 1e-10 * before)) break; // no new direction left
+        for (double& value : v)
+            basis_.push_back(value / norm);
+        rank_ = k + 1;
+    }
+}
+
+void PolynomialDetrender::residual(std::span<const double> y, std::span<double> residual) const {
+    const std::size_t n = length_;
+    if (residual.data() != y.data()) std::copy_n(y.data(), n, residual.data());
+    // With an orthonormal basis <y, q_j> equals <residual so far, q_j>; taking
+    // the latter is the more accurate (modified Gram-Schmidt).
+    for (std::size_t j = 0; j < rank_; ++j) {
+        const double* column = basis_.data() + j * n;
+        const double c = dot(column, residual.data(), n);
+        for (std::size_t t = 0; t < n; ++t)
+            residual[t] -= c * column[t];
+    }
+}
+
+std::vector<double> removePolynomialTrend(std::span<const double> x, int order) {
+    std::vector<double> out(x.size());
+    if (x.empty()) return out;
+    PolynomialDetrender(x.size(), order).residual(x, out);
+    return out;
+}
+
+std::vector<double> segmentFluctuations(std::span<const double> x, std::size_t s, int order,
+                                        FluctuationMeasure measure) {
+    std::vector<double> out;
+    if (s == 0 || x.size() < s) return out;
+    const PolynomialDetrender detrender(s, order);
+    const std::size_t segments = x.size() / s;
+    out.reserve(segments);
+    std::vector<double> dy(s);
+    for (std::size_t k = 0; k < segments; ++k) {
+        detrender.residual(x.subspan(k * s, s), dy);
+        if (measure == FluctuationMeasure::Range) {
+            const auto [lo, hi] = std::minmax_element(dy.begin(), dy.end());
+            out.push_back(*hi - *lo);
+        } else {
+            out.push_back(std::sqrt(dot(dy.data(), dy.data(), s) / static_cast<double>(s)));
+        }
+    }
+    return out;
+}
+
+std::vector<std::size_t> mfdfaScales(std::size_t n, int minScale, int maxScale, std::size_t count) {
+    std::vector<std::size_t> scales;
+    if (n < 2 || count == 0) return scales;
+    const double top = static_cast<double>(n);
+    const double lo = std::clamp(static_cast<double>(minScale), 2.0, top);
+    const double hi = std::clamp(static_cast<double>(maxScale), lo, top);
+    const double ratio = std::log(hi / lo);
+    for (std::size_t i = 0; i < count; ++i) {
+        const double fraction =
+            count > 1 ? static_cast<double>(i) / static_cast<double>(count - 1) : 0.0;
+        const double s =
+            i + 1 == count && count > 1 ? hi : std::round(lo * std::exp(ratio * fraction));
+        const auto whole = static_cast<std::size_t>(s);
+        if (scales.empty() || whole != scales.back()) scales.push_back(whole);
+    }
+    return scales;
+}
+
+std::vector<double> evenGrid(double lo, double hi, std::size_t count) {
+    std::vector<double> grid(count);
+    for (std::size_t i = 0; i < count; ++i)
+        grid[i] = count > 1
+                      ? lo + (hi - lo) * static_cast<double>(i) / static_cast<double>(count - 1)
+                      : lo;
+    if (count > 1) grid.back() = hi;
+    return grid;
+}
+
+MfdfaResult mfdfa(std::span<const double> x, const MfdfaSettings& settings) {
+    MfdfaResult r;
+    r.q = evenGrid(settings.qMin, settings.qMax, settings.qCount);
+    r.scales = mfdfaScales(x.size(), settings.minScale, settings.maxScale, settings.scaleCount);
+    const std::size_t qn = r.q.size();
+    r.log10Z.assign(r.scales.size() * qn, 0.0);
+    r.h.assign(qn, 0.0);
+
+    // ln Z(q, s) of every usable scale, to regress on ln s.
+    const double zeroLevel = zeroMeasureShare * maxAbs(x);
+    std::vector<double> logScale;
+    std::vector<std::vector<double>> logZ(qn);
+    std::vector<double> logMeasures;
+    for (std::size_t i = 0; i < r.scales.size(); ++i) {
+        const std::vector<double> measures =
+            segmentFluctuations(x, r.scales[i], settings.order, settings.measure);
+        logMeasures.clear();
+        for (double m : measures)
+            if (m > zeroLevel && std::isfinite(m)) logMeasures.push_back(std::log(m));
+        if (logMeasures.empty()) continue;
+        logScale.push_back(std::log(static_cast<double>(r.scales[i])));
+        for (std::size_t j = 0; j < qn; ++j) {
+            const double lnZ = logPowerMean(logMeasures, r.q[j]);
+            logZ[j].push_back(lnZ);
+            r.log10Z[i * qn + j] = lnZ / std::numbers::ln10;
+        }
+    }
+
+    // The scales are distinct, so two of them give a slope.
+    if (qn == 0 || logScale.size() < 2) {
+        r.outcome = MfdfaOutcome::NoScaling;
+        r.alpha = evenGrid(0.0, 1.0, settings.alphaCount);
+        r.f.assign(r.alpha.size(), 0.0);
+        return r;
+    }
+    for (std::size_t j = 0; j < qn; ++j)
+        r.h[j] = slope(logScale, logZ[j]);
+    SingularitySpectrum spectrum = singularitySpectrum(r.q, r.h, settings.alphaCount);
+    r.alpha = std::move(spectrum.alpha);
+    r.f = std::move(spectrum.f);
+    r.outcome = spectrum.positive ? MfdfaOutcome::Spectrum : MfdfaOutcome::NoSpectrum;
+    return r;
+}
+
+SingularitySpectrum singularitySpectrum(std::span<const double> q, std::span<const double> h,
+                                        std::size_t alphaCount) {
+    SingularitySpectrum result;
+    if (q.empty() || q.size() != h.size()) {
+        result.alpha = evenGrid(0.0, 1.0, alphaCount);
+        result.f.assign(result.alpha.size(), 0.0);
+        return result;
+    }
+    // The support of F: alpha > h(q) - 1/q for every q > 0, alpha < h(q) + 1/|q|
+    // for every q < 0.
+    double lo = -std::numeric_limits<double>::infinity();
+    double hi = std::numeric_limits<double>::infinity();
+    double leastAbsQ = std::numeric_limits<double>::infinity();
+    for (std::size_t j = 0; j < q.size(); ++j) {
+        if (std::abs(q[j]) < zeroQ) continue;
+        leastAbsQ = std::min(leastAbsQ, std::abs(q[j]));
+        if (q[j] > 0)
+            lo = std::max(lo, h[j] - 1.0 / q[j]);
+        else
+            hi = std::min(hi, h[j] - 1.0 / q[j]);
+    }
+    const auto [hLow, hHigh] = std::minmax_element(h.begin(), h.end());
+    if (std::isinf(lo) && std::isinf(hi)) { // q = 0 alone
+        lo = *hLow - 0.5;
+        hi = *hHigh + 0.5;
+    } else if (std::isinf(hi)) {
+        hi = *hHigh + 1.0 / leastAbsQ;
+    } else if (std::isinf(lo)) {
+        lo = *hLow - 1.0 / leastAbsQ;
+    }
+    if (lo < hi)
+        result.alpha = evenGrid(lo, hi, alphaCount);
+    else if (*hLow < *hHigh)
+        result.alpha = evenGrid(*hLow, *hHigh, alphaCount);
+    else
+        result.alpha = evenGrid(*hLow - 0.5, *hHigh + 0.5, alphaCount);
+    result.f.resize(result.alpha.size());
+    for (std::size_t i = 0; i < result.alpha.size(); ++i) {
+        result.f[i] = legendre(result.alpha[i], q, h);
+        result.positive = result.positive || result.f[i] > 0.0;
+    }
+    return result;
+}
+
+} // namespace tarnic
