@@ -185,6 +185,7 @@ void Form1::connectHandlers() {
     c.SaveSpButton->Click = [this] { SaveSpButton_Click(); };
     c.ShowSignGrafButton->Click = [this] { ShowSignGrafButton_Click(); };
     c.ZoomButton->Click = [this] { ZoomButton_Click(); };
+    c.SvanArButton->Click = [this] { SvanArButton_Click(); };
     c.WavePackButton->Click = [this] { WavePackButton_Click(); };
     c.WaveFiltButton->Click = [this] { WaveFiltButton_Click(); };
     c.HelpButton->Click = [this] { HelpButton_Click(); };

@@ -137,6 +137,7 @@ class Form1 : public FormOf<Form1Controls> {
     void SaveSpButton_Click();
     void ShowSignGrafButton_Click();
     void ZoomButton_Click();
+    void SvanArButton_Click();
     void WavePackButton_Click();
     void WaveFiltButton_Click();
     void HelpButton_Click();

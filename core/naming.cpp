@@ -14,6 +14,10 @@ std::string bracketTimes(double first, double last) {
     return BareNumText(first) + "," + BareNumText(last);
 }
 
+std::string bracketTimes(float first, float last) {
+    return BareNumText(first) + "," + BareNumText(last);
+}
+
 } // namespace
 
 std::string ShortNumText(const std::string& s) {
@@ -43,6 +47,12 @@ std::string ComposeName(const std::string& composed, std::string_view closing) {
 }
 
 std::string BareNumText(double value) {
+    std::string s = NumText(value);
+    if (!s.empty() && s.front() == ' ') s.erase(0, 1);
+    return s;
+}
+
+std::string BareNumText(float value) {
     std::string s = NumText(value);
     if (!s.empty() && s.front() == ' ') s.erase(0, 1);
     return s;
@@ -186,29 +196,29 @@ std::string SpectraEvolutionGrid(const std::string& D, const std::string& N, std
                        ".grd");
 }
 
-std::string MorletGrid(const std::string& D, const std::string& N, double firstTime,
-                       double lastTime, bool detrended) {
+std::string MorletGrid(const std::string& D, const std::string& N, float firstTime,
+                       float lastTime, bool detrended) {
     return ComposeName(D + "/GRID_files/Lg(WaveCoeff^2)_" + N + ",PART[" +
                            bracketTimes(firstTime, lastTime) + "]",
                        std::string(detrended ? ",DeTrended" : "") + ".grd");
 }
 
-std::string MorletSpectrum(const std::string& D, const std::string& N, double firstTime,
-                           double lastTime, bool detrended) {
+std::string MorletSpectrum(const std::string& D, const std::string& N, float firstTime,
+                           float lastTime, bool detrended) {
     return ComposeName(D + "/SpectEstimates/Sp(WaveCoeff^2)_" + N + ",PART[" +
                            bracketTimes(firstTime, lastTime) + "]",
                        std::string(detrended ? ",DeTrended" : "") + ".dat");
 }
 
-std::string HeisenbergGrid(const std::string& D, const std::string& N, double firstTime,
-                           double lastTime, bool detrended) {
+std::string HeisenbergGrid(const std::string& D, const std::string& N, float firstTime,
+                           float lastTime, bool detrended) {
     return ComposeName(D + "/GRID_files/Lg(AbsWaveCoeff_HBoxes)_" + N + ",PART[" +
                            bracketTimes(firstTime, lastTime) + "]",
                        std::string(detrended ? ",DeTrended" : "") + ".grd");
 }
 
-std::string SingularitySpectrum(const std::string& D, const std::string& N, double firstTime,
-                                double lastTime) {
+std::string SingularitySpectrum(const std::string& D, const std::string& N, float firstTime,
+                                float lastTime) {
     return ComposeName(D + "/SpectEstimates/F(Alfa)_" + N + ",PART[" +
                            bracketTimes(firstTime, lastTime) + "]",
                        ".dat");

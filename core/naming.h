@@ -35,6 +35,7 @@ std::string ComposeName(const std::string& composed, std::string_view closing);
 
 // NumText without its leading blank (times inside brackets of a name).
 std::string BareNumText(double value);
+std::string BareNumText(float value);
 
 // The line of a derived series: the value, the time, the line end. A negative
 // time gets one blank in front so the fields never touch: "-1.5 -2".
@@ -86,14 +87,14 @@ std::string ThresholdResidual(const std::string& S, const std::string& levelText
                               std::int32_t order);
 std::string SpectraEvolutionGrid(const std::string& D, const std::string& N, std::int32_t length,
                                  std::int32_t shift, std::int32_t order);
-std::string MorletGrid(const std::string& D, const std::string& N, double firstTime,
-                       double lastTime, bool detrended);
-std::string MorletSpectrum(const std::string& D, const std::string& N, double firstTime,
-                           double lastTime, bool detrended);
-std::string HeisenbergGrid(const std::string& D, const std::string& N, double firstTime,
-                           double lastTime, bool detrended);
-std::string SingularitySpectrum(const std::string& D, const std::string& N, double firstTime,
-                                double lastTime);
+std::string MorletGrid(const std::string& D, const std::string& N, float firstTime,
+                       float lastTime, bool detrended);
+std::string MorletSpectrum(const std::string& D, const std::string& N, float firstTime,
+                           float lastTime, bool detrended);
+std::string HeisenbergGrid(const std::string& D, const std::string& N, float firstTime,
+                           float lastTime, bool detrended);
+std::string SingularitySpectrum(const std::string& D, const std::string& N, float firstTime,
+                                float lastTime);
 } // namespace names
 
 // Sub-directories of the data directory for spectra and grids.

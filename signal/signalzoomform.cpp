@@ -78,6 +78,8 @@ void SignalZoomForm::connectHandlers() {
     c.SaveFragButton->Click = [this] { SaveFragButton_Click(); };
     c.FindHarm->Click = [this] { FindHarm_Click(); };
     c.FindMaxWave->Click = [this] { FindMaxWave_Click(); };
+    c.MorletSvan->Click = [this] { MorletSvan_Click(); };
+    c.HeisBoxesButton->Click = [this] { HeisBoxesButton_Click(); };
     c.TimeSeriesZoom->DblClick = [this] { TimeSeriesZoom_DblClick(); };
     c.TimeSeriesZoom->MouseMove = [this](int b, int s, float x, float y) {
         TimeSeriesZoom_MouseMove(b, s, x, y);

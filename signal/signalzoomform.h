@@ -65,6 +65,8 @@ class SignalZoomForm : public FormOf<SignalZoomFormControls> {
     void SaveFragButton_Click();
     void FindHarm_Click();
     void FindMaxWave_Click();
+    void MorletSvan_Click();
+    void HeisBoxesButton_Click();
     void TimeSeriesZoom_DblClick();
     void TimeSeriesZoom_MouseMove(int button, int shift, float x, float y);
 

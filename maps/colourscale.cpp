@@ -1,0 +1,40 @@
+#include "maps/colourscale.h"
+
+#include "core/form1.h"
+#include "core/naming.h"
+#include "core/numtext.h"
+#include "core/outputfile.h"
+
+namespace tarnic {
+
+void FillCell(PlotSurface& control, double left, double top, double width, double height,
+              Rgb colour) {
+    control.setForeColor(QColor::fromRgb(static_cast<QRgb>(colour)));
+    control.Line(kLineFilledBox, left, top, width, height);
+}
+
+void DrawColorScale(PlotSurface& colorScale, std::span<const Rgb> palette) {
+    const double W = colorScale.ScaleWidth(), H = colorScale.ScaleHeight();
+    const auto n = static_cast<double>(palette.size());
+    for (std::size_t k = 1; k <= palette.size(); ++k)
+        FillCell(colorScale, 0, H - H * static_cast<double>(k) / n, W, H / n, palette[k - 1]);
+}
+
+void ColorScaleTip(PlotSurface& colorScale, float y, float zmin, float zmax) {
+    const float value = ColorScaleValue(y, colorScale.ScaleHeight(), zmin, zmax);
+    colorScale.setToolTipText(QString::fromStdString(NumText(value)));
+}
+
+void SaveGridFile(Button& saveGRD, Form1& main,
+                  const std::function<std::string(const std::string& dataDir)>& fileName,
+                  const GridHeader& header, const GridValueText& value) {
+    saveGRD.setEnabled(false);
+    Form1Controls& c = main.ui();
+    const std::string D = c.Dir1->Path().toStdString();
+    makeSubdirectory(D, kGridDir);
+    WriteGrid(fileName(D), header, value);
+    c.Dir1->Refresh();
+    c.File1->Refresh();
+}
+
+} // namespace tarnic

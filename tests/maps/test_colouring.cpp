@@ -1,0 +1,160 @@
+// The colouring of the maps and the text grid, without a display: bands and
+// their borders, the carry of the last colour, the colour scale's values at
+// its edges, base-10 logarithms and the grid file byte for byte.
+#include "core/numtext.h"
+#include "maps/colouring.h"
+#include "tests/numeric/test_support.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <vector>
+
+using namespace tarnic;
+using namespace tarnic::test;
+
+namespace {
+
+// A value's text padded with blanks to `width` columns.
+std::string padded(const std::string& text, std::size_t width) {
+    return text + std::string(width - text.size(), ' ');
+}
+
+GridValueText fromTable(std::vector<std::vector<std::string>> rows) {
+    return [rows](int row, int column) {
+        return rows[static_cast<std::size_t>(row - 1)][static_cast<std::size_t>(column - 1)];
+    };
+}
+
+} // namespace
+
+TEST(BandLookup, AValueOnABorderTakesTheLowerBand) {
+    // zmin 0, zmax 12: the bands are [0,1], [1,2], ... [11,12].
+    EXPECT_EQ(BandOf(1.0, 0.0, 1.0, 12), 1);
+    EXPECT_EQ(BandOf(1.0000001, 0.0, 1.0, 12), 2);
+    EXPECT_EQ(BandOf(12.0, 0.0, 1.0, 12), 12);
+    EXPECT_EQ(BandOf(12.0000001, 0.0, 1.0, 12), 0);
+    EXPECT_EQ(BandOf(-0.0000001, 0.0, 1.0, 12), 0);
+    BandLookup twelve(0.0f, 12.0f, MapPalette12);
+    EXPECT_EQ(twelve(0.0f), 0xFFFFFFu);
+    EXPECT_EQ(twelve(2.0f), 0xE0E0E0u);
+    EXPECT_EQ(twelve(5.5f), 0xFF8000u);
+    EXPECT_EQ(twelve(12.0f), 0x000000u);
+    // Fifteen bands of 0.2 over -3 .. 0: the first eight share dark blue.
+    BandLookup fifteen(-3.0f, 0.0f, MapPalette15);
+    EXPECT_EQ(fifteen(-1.41f), 0x000080u); // band 8 ends at -1.4
+    EXPECT_EQ(fifteen(-1.3f), 0x0000FFu);
+    EXPECT_EQ(fifteen(-0.5f), 0xFFFF00u);
+    EXPECT_EQ(fifteen(0.0f), 0xFFFFFFu);
+}
+
+TEST(BandLookup, EqualValuesAllTakeBandOne) {
+    BandLookup twelve(3.5f, 3.5f, MapPalette12);
+    BandLookup fifteen(-7.25f, -7.25f, MapPalette15);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(twelve(3.5f), 0xFFFFFFu);
+        EXPECT_EQ(fifteen(-7.25f), 0x000080u);
+    }
+}
+
+TEST(BandLookup, AValueOutsideEveryBandKeepsThePreviousColourBlackAtFirst) {
+    // With zmin -0.7 and zmax 2.3 (single precision) the twelfth upper bound,
+    // built band by band in double precision, ends just below zmax.
+    const float zmin = -0.7f, zmax = 2.3f;
+    ASSERT_EQ(BandOf(zmax, zmin, (static_cast<double>(zmax) - zmin) / 12, 12), 0);
+    BandLookup colour(zmin, zmax, MapPalette12);
+    EXPECT_EQ(colour(zmax), 0x000000u) << "no cell before it: black";
+    EXPECT_EQ(colour(0.0f), 0xFFFF00u);
+    EXPECT_EQ(colour(zmax), 0xFFFF00u) << "the colour of the cell before";
+    EXPECT_EQ(colour(zmin), 0xFFFFFFu);
+    EXPECT_EQ(colour(zmax), 0xFFFFFFu);
+    BandLookup next(zmin, zmax, MapPalette12);
+    EXPECT_EQ(next(zmax), 0x000000u) << "a new run starts black again";
+}
+
+TEST(ColorScaleValue, TopEdgeIsZmaxBottomEdgeIsZmin) {
+    EXPECT_EQ(ColorScaleValue(0, 5370, -3.25f, 7.5f), 7.5f);
+    EXPECT_EQ(ColorScaleValue(5370, 5370, -3.25f, 7.5f), -3.25f);
+    EXPECT_EQ(ColorScaleValue(2685, 5370, -3.25f, 7.5f), 2.125f);
+    EXPECT_EQ(ColorScaleValue(5370, 5370, -17.123456f, 3.3f), -17.123456f);
+}
+
+TEST(DecimalLogarithms, AreNaturalLogarithmsDividedByLnTen) {
+    EXPECT_EQ(Lg(100.0), 2.0);
+    // The quotient is not log10: ln 1000 / ln 10 falls one step below 3.
+    EXPECT_EQ(Lg(1000.0), 2.9999999999999996);
+}
+
+TEST(GridFile, HeaderLinesKeepTheirNumbersApart) {
+    GridHeader h{63,
+                 129,
+                 NumText(-4.0f),
+                 NumText(4.0f),
+                 NumText(-2.5f),
+                 NumText(-1.25f),
+                 NumText(2.5f),
+                 NumText(3.25f)};
+    EXPECT_EQ(GridHeaderText(h), "DSAA\r\n"
+                                 " 63  129 \r\n"
+                                 "-4 4\r\n"
+                                 "-2.5 -1.25\r\n"
+                                 " 2.5 3.25\r\n");
+    h.zlo = NumText(1.0 / 3.0);
+    h.zhi = NumText(-2.0 / 3.0);
+    EXPECT_EQ(GridHeaderText(h).substr(35), " .333333333333333 -.666666666666667\r\n");
+}
+
+TEST(GridFile, ValuesStandInZonesOf14Columns) {
+    auto row = [](std::int32_t nx, GridValueText value) {
+        std::string out;
+        AppendGridRow(out, 1, nx, value);
+        return out;
+    };
+    // Three short values: 42 characters before the line end.
+    const std::string shortRow =
+        row(3, fromTable({{NumText(1.0f), NumText(2.5f), NumText(-3.0f)}}));
+    EXPECT_EQ(shortRow, padded(" 1", 14) + padded(" 2.5", 14) + padded("-3", 14) + "\r\n");
+    EXPECT_EQ(shortRow.size(), 42u + 2u);
+    // A 13-character value and its blank fill one zone exactly.
+    EXPECT_EQ(row(2, fromTable({{NumText(-1.234567E-05f), " 1"}})),
+              "-1.234567E-05  1            \r\n");
+    // Double-precision values of 17 characters run over two zones each.
+    EXPECT_EQ(row(3, fromTable({{NumText(1.0 / 3.0), NumText(-2.0 / 3.0), NumText(2.0)}})),
+              padded(" .333333333333333", 28) + padded("-.666666666666667", 28) + padded(" 2", 14) +
+                  "\r\n");
+    // 27 characters and the blank end on a zone: no further blanks.
+    std::string line;
+    AppendGridValue(line, 0, std::string(27, '9'));
+    EXPECT_EQ(line.size(), 28u);
+}
+
+TEST(GridFile, WrittenWholeByteForByteAndReplaced) {
+    TempDir dir;
+    GridHeader h{3, 2, " 10", " 30", "-1", " 1", "-.5", " 123456.7"};
+    const auto path = (dir / "g.grd").string();
+    ASSERT_TRUE(
+        WriteGrid(path, h, fromTable({{" 1", "-.5", " 2"}, {" 123456.7", " 0", "-1E+07"}})));
+    EXPECT_EQ(readBytes(path), "DSAA\r\n 3  2 \r\n 10 30\r\n-1 1\r\n-.5 123456.7\r\n" +
+                                   padded(" 1", 14) + padded("-.5", 14) + padded(" 2", 14) +
+                                   "\r\n" + padded(" 123456.7", 14) + padded(" 0", 14) +
+                                   padded("-1E+07", 14) + "\r\n");
+    h.ny = 1;
+    ASSERT_TRUE(WriteGrid(path, h, fromTable({{" 7", " 8", " 9"}})));
+    EXPECT_EQ(readBytes(path), "DSAA\r\n 3  1 \r\n 10 30\r\n-1 1\r\n-.5 123456.7\r\n" +
+                                   padded(" 7", 14) + padded(" 8", 14) + padded(" 9", 14) + "\r\n");
+    // A file that cannot be made leaves nothing behind.
+    EXPECT_FALSE(
+        WriteGrid((dir / "missing" / "g.grd").string(), h, fromTable({{" 1", " 2", " 3"}})));
+    EXPECT_FALSE(std::filesystem::exists(dir / "missing"));
+}
+
+TEST(GridFile, ManyRowsFormattedInParallelStayInOrder) {
+    TempDir dir;
+    GridHeader h{2, 100000, " 0", " 1", " 0", " 1", " 0", " 1"}; // several blocks of rows
+    const auto path = (dir / "big.grd").string();
+    ASSERT_TRUE(WriteGrid(path, h, [](int row, int column) { return NumText(row * 10 + column); }));
+    std::string expected = GridHeaderText(h);
+    for (int row = 1; row <= h.ny; ++row)
+        expected += padded(NumText(row * 10 + 1), 14) + padded(NumText(row * 10 + 2), 14) + "\r\n";
+    EXPECT_TRUE(readBytes(path) == expected);
+}
