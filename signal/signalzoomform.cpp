@@ -80,6 +80,10 @@ void SignalZoomForm::connectHandlers() {
     c.FindMaxWave->Click = [this] { FindMaxWave_Click(); };
     c.MorletSvan->Click = [this] { MorletSvan_Click(); };
     c.HeisBoxesButton->Click = [this] { HeisBoxesButton_Click(); };
+    c.WTMM_button->Click = [this] { WTMM_button_Click(); };
+    c.WTMM_TrendOrder->Change = [this] { WTMM_TrendOrder_Change(); };
+    c.WTMM_ThreshLevel->Change = [this] { WTMM_ThreshLevel_Change(); };
+    c.MFDFA_button->Click = [this] { MFDFA_button_Click(); };
     c.TimeSeriesZoom->DblClick = [this] { TimeSeriesZoom_DblClick(); };
     c.TimeSeriesZoom->MouseMove = [this](int b, int s, float x, float y) {
         TimeSeriesZoom_MouseMove(b, s, x, y);

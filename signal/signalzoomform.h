@@ -67,6 +67,10 @@ class SignalZoomForm : public FormOf<SignalZoomFormControls> {
     void FindMaxWave_Click();
     void MorletSvan_Click();
     void HeisBoxesButton_Click();
+    void WTMM_button_Click();
+    void WTMM_TrendOrder_Change();
+    void WTMM_ThreshLevel_Change();
+    void MFDFA_button_Click();
     void TimeSeriesZoom_DblClick();
     void TimeSeriesZoom_MouseMove(int button, int shift, float x, float y);
 

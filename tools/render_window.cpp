@@ -11,8 +11,14 @@
 //   cursors:L:R   put the signal window's scroll bars to L and R (0..32767)
 //   zoom          open the fragment window
 //   harm, wave    find the best-fit harmonic, the maximum wave
+//   wtmm          the WTMM chains of the fragment
+//   mfdfa         the singularity spectrum window of the fragment, launched
 //   spzoom        zoom the spectra between the main window's cursors
 //   bandpass      filter the signal to the zoomed band
+//   morlet        the Morlet map of the fragment
+//   heis[:L:S]    the Heisenberg boxes of the fragment (level L, split option 1..4)
+//   svanar[:L:S:O] open the AR spectra evolution window and launch it, with
+//                 window length L, shift S and order O when given
 //   wavepack[:L:S] decompose into wavelet packets (level L, split option 1..4);
 //                 then "show:WaveSpectForm" or "show:WaveBasisForm" picks the window
 //   show:NAME     picture the window NAME instead of the last one opened
@@ -21,14 +27,19 @@
 #include "core/form1.h"
 #include "core/tarniclibrary.h"
 #include "core/workbench.h"
+#include "maps/heisboxform.h"
+#include "maps/morletsvanform.h"
+#include "maps/svanarform.h"
 #include "signal/signalplot.h"
 #include "signal/signalzoomform.h"
 #include "spectra/bandpassform.h"
 #include "spectra/spectrazoomform.h"
 #include "help/blockschemeform.h"
 #include "help/helpform.h"
+#include "multiscale/mfdfaform.h"
 #include "multiscale/mfdfahelpform.h"
 #include "multiscale/wtmmhelp.h"
+#include "multiscale/wtmmform.h"
 #include "wavelet/wavebasisform.h"
 #include "wavelet/wavedecform.h"
 #include "wavelet/wavespectform.h"
@@ -91,6 +102,13 @@ int main(int argc, char** argv) {
             zoom.FindHarm_Click();
         } else if (step[0] == "wave") {
             zoom.FindMaxWave_Click();
+        } else if (step[0] == "wtmm") {
+            zoom.WTMM_button_Click();
+            front = &workbench.wtmmForm();
+        } else if (step[0] == "mfdfa") {
+            zoom.MFDFA_button_Click();
+            workbench.mfdfaForm().LaunchMFDFA_btn_Click();
+            front = &workbench.mfdfaForm();
         } else if (step[0] == "spzoom") {
             form1.ZoomButton_Click();
             front = &workbench.spectraZoomForm();
@@ -116,6 +134,30 @@ int main(int argc, char** argv) {
             front = help[std::clamp(step.size() > 1 ? step[1].toInt() : 0, 0, 3)];
             if (front == help[0]) form1.HelpButton_Click();
             else front->Show();
+        } else if (step[0] == "morlet") {
+            zoom.MorletSvan_Click();
+            front = &workbench.morletSvanForm();
+        } else if (step[0] == "heis") {
+            zoom.HeisBoxesButton_Click();
+            HeisBoxForm& heis = workbench.heisBoxForm();
+            if (step.size() > 2) {
+                heis.ui().LevMaxText->setText(step[1]);
+                OptionButton* options[] = {heis.ui().Option1, heis.ui().Option2, heis.ui().Option3,
+                                           heis.ui().Option4};
+                options[std::clamp(step[2].toInt(), 1, 4) - 1]->setValue(true);
+            }
+            heis.WavePackButton_Click();
+            front = &heis;
+        } else if (step[0] == "svanar") {
+            form1.SvanArButton_Click();
+            SvanArForm& svan = workbench.svanArForm();
+            if (step.size() > 3) {
+                svan.ui().LengWinText->setText(step[1]);
+                svan.ui().ShiftText->setText(step[2]);
+                svan.ui().ArOrderText->setText(step[3]);
+            }
+            svan.LaunchSvan_Click();
+            front = &svan;
         } else {
             std::fprintf(stderr, "unknown step: %s\n", argv[i]);
             return 2;
