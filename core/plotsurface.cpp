@@ -28,9 +28,15 @@ void PlotSurface::placeSurface(double left, double top, double width, double hei
     canvas_.resize(r.width() - 2, r.height() - 2);
 }
 
+void PlotSurface::scheduleRepaint() {
+    if (repaintScheduled_) return;
+    repaintScheduled_ = true;
+    update();
+}
+
 void PlotSurface::Cls() {
     canvas_.Cls();
-    update();
+    scheduleRepaint();
 }
 
 void PlotSurface::Refresh() {
@@ -40,12 +46,12 @@ void PlotSurface::Refresh() {
 
 void PlotSurface::Line(int flag, double x1, double y1, double x2, double y2, int color) {
     canvas_.Line(flag, x1, y1, x2, y2, color);
-    update();
+    scheduleRepaint();
 }
 
 void PlotSurface::PSet(int flag, double x, double y, int color) {
     canvas_.PSet(flag, x, y, color);
-    update();
+    scheduleRepaint();
 }
 
 LineObject& PlotSurface::addLine(QColor color) {
@@ -54,6 +60,7 @@ LineObject& PlotSurface::addLine(QColor color) {
 }
 
 void PlotSurface::paintEvent(QPaintEvent* event) {
+    repaintScheduled_ = false;
     QFrame::paintEvent(event);
     QPainter p(this);
     p.drawImage(QPoint(1, 1), canvas_.image());

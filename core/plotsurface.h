@@ -77,6 +77,9 @@ class PlotSurface : public Control<QFrame> {
 
   private:
     friend class LineObject;
+    // Schedules one repaint for any number of drawing operations before it.
+    void scheduleRepaint();
+    bool repaintScheduled_ = false;
     Canvas canvas_;
     std::vector<std::unique_ptr<LineObject>> lines_;
 };
