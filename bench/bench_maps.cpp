@@ -67,7 +67,7 @@ void LaunchDefaultMap(benchmark::State& state) {
     state.counters["cells"] =
         static_cast<double>(svan.SvanCount) * (svan.SvanHalf - svan.SvanCut + 1);
 }
-BENCHMARK(LaunchDefaultMap)->Unit(benchmark::kMillisecond)->Iterations(3);
+BENCHMARK(LaunchDefaultMap)->Unit(benchmark::kMillisecond)->Iterations(3)->UseRealTime();
 
 tarnic::SvanLayout defaultLayout() {
     return {2048, 75, 1307, 2048, 1024, 2, 204};
@@ -83,18 +83,18 @@ void WindowsOnAllCores(benchmark::State& state) {
                                         last);
     state.SetItemsProcessed(state.iterations() * l.count);
 }
-BENCHMARK(WindowsOnAllCores)->Unit(benchmark::kMillisecond)->Iterations(3);
+BENCHMARK(WindowsOnAllCores)->Unit(benchmark::kMillisecond)->Iterations(3)->UseRealTime();
 
 void WindowsOnOneCore(benchmark::State& state) {
     tarnic::SvanArForm& svan = openMap();
     const tarnic::SvanLayout l = defaultLayout();
     std::vector<float> samples(static_cast<std::size_t>(l.length)),
-        spec(static_cast<std::size_t>(l.half));
+        spectrum(static_cast<std::size_t>(l.half));
     for (auto _ : state)
         for (int w = 1; w <= l.count; ++w) {
             std::copy_n(&svan.SvanInput((w - 1) * l.shift + 1), l.length, samples.begin());
             std::int32_t n = l.length, p = l.half, o = l.order;
-            tarnic::dll::BurgH_dll(samples.front(), n, p, o, spec.front());
+            tarnic::dll::BurgH_dll(samples.front(), n, p, o, spectrum.front());
         }
     state.SetItemsProcessed(state.iterations() * l.count);
 }
@@ -131,7 +131,7 @@ void SaveDefaultGrid(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * svan.SvanCount *
                             (svan.SvanHalf - svan.SvanCut + 1));
 }
-BENCHMARK(SaveDefaultGrid)->Unit(benchmark::kMillisecond)->Iterations(2);
+BENCHMARK(SaveDefaultGrid)->Unit(benchmark::kMillisecond)->Iterations(2)->UseRealTime();
 
 } // namespace
 

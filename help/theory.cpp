@@ -212,13 +212,13 @@ QImage BlockSchemePicture() {
     join({20, pre.center().y()}, {pre.left(), pre.center().y()});
     join(pre.bottomRight() - QPointF(20, 0), {pre.right() - 20, 250});
     // Spectral analysis, top right.
-    const QRectF spec = box({620, 40, 290, 40}, "Spectral Analysis", false, true);
+    const QRectF analysis = box({620, 40, 290, 40}, "Spectral Analysis", false, true);
     const QRectF s1 = box({620, 100, 290, 44}, "Maximum Entropy AR-estimates and Fourier based estimates");
     const QRectF s2 = box({620, 154, 290, 44}, "Estimates of Lg(Spectra) Evolution within moving time window using AR-model");
     const QRectF s3 = box({620, 208, 290, 44}, "Zooming Spectra Estimates, selecting frequency band and band-pass filtering");
     for (const QRectF& r : {s1, s2, s3}) join({925, r.center().y()}, {r.right(), r.center().y()});
-    join({925, spec.center().y()}, {925, s3.center().y()});
-    join({925, spec.center().y()}, {spec.right(), spec.center().y()});
+    join({925, analysis.center().y()}, {925, s3.center().y()});
+    join({925, analysis.center().y()}, {analysis.right(), analysis.center().y()});
     // Wavelets, middle top.
     const QRectF w1 = box({300, 110, 250, 44}, "Orthogonal Wavelet-Packet Decomposition");
     const QRectF w2 = box({300, 180, 250, 44}, "Nonlinear Wavelet Threshold Filter");

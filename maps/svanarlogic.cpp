@@ -136,27 +136,27 @@ void ComputeSpectraEvolution(std::span<const float> input, const SvanLayout& l, 
     const auto length = static_cast<std::size_t>(l.length);
     // One window: its samples into a buffer of the worker's own, its spectrum,
     // then the logarithms into the window's column of the map.
-    auto window = [&](int w, std::vector<float>& samples, std::vector<float>& spec) {
+    auto window = [&](int w, std::vector<float>& samples, std::vector<float>& powers) {
         const std::size_t start =
             static_cast<std::size_t>(w - 1) * static_cast<std::size_t>(l.shift);
         std::copy_n(input.begin() + static_cast<std::ptrdiff_t>(start), length, samples.begin());
         std::int32_t count = l.length, points = l.half, order = l.order;
-        spectrum(samples.front(), count, points, order, spec.front());
+        spectrum(samples.front(), count, points, order, powers.front());
         float* column = map.data() + static_cast<std::size_t>(w - 1) * half;
         for (std::size_t k = 0; k < half; ++k)
-            column[k] = static_cast<float>(std::log(dT * static_cast<double>(spec[k])));
-        if (w == l.count) std::copy_n(spec.begin(), half, lastSpectrum.begin());
+            column[k] = static_cast<float>(std::log(dT * static_cast<double>(powers[k])));
+        if (w == l.count) std::copy_n(powers.begin(), half, lastSpectrum.begin());
     };
     if (l.count < 1) return;
     {
-        std::vector<float> samples(length), spec(half);
-        window(1, samples, spec);
+        std::vector<float> samples(length), powers(half);
+        window(1, samples, powers);
     }
     std::atomic<int> next{2};
     auto worker = [&] {
-        std::vector<float> samples(length), spec(half);
+        std::vector<float> samples(length), powers(half);
         for (int w = next++; w <= l.count; w = next++)
-            window(w, samples, spec);
+            window(w, samples, powers);
     };
     const int workers = static_cast<int>(std::max(1u, std::thread::hardware_concurrency()));
     std::vector<std::future<void>> jobs;

@@ -115,18 +115,18 @@ TEST(SvanWindows, ParallelLoopGivesTheSequentialMap) {
     ComputeSpectraEvolution(input, l, dT, spectrum, map, last);
 
     // The sequential loop: window w takes samples (w - 1) * shift + 1 ...
-    std::vector<float> spec(64);
+    std::vector<float> powers(64);
     for (int w = 1; w <= l.count; ++w) {
         std::vector<float> samples(input.begin() + (w - 1) * l.shift,
                                    input.begin() + (w - 1) * l.shift + l.length);
         std::int32_t n = l.length, p = l.half, o = l.order;
-        fakeSpectrum(samples.front(), n, p, o, spec.front());
+        fakeSpectrum(samples.front(), n, p, o, powers.front());
         for (std::size_t k = 0; k < 64; ++k)
             ASSERT_EQ(map[static_cast<std::size_t>(w - 1) * 64 + k],
-                      static_cast<float>(std::log(dT * static_cast<double>(spec[k]))))
+                      static_cast<float>(std::log(dT * static_cast<double>(powers[k]))))
                 << "window " << w << ", point " << k + 1;
     }
-    EXPECT_EQ(last, spec) << "the spectrum of the last window";
+    EXPECT_EQ(last, powers) << "the spectrum of the last window";
     ASSERT_EQ(callers.size(), 224u);
     EXPECT_EQ(callers.front(), std::this_thread::get_id()) << "window 1 on the calling thread";
     if (std::thread::hardware_concurrency() > 1) {

@@ -183,8 +183,8 @@ TEST_F(MorletBinding, WindowCallFillsMapRowByRowAndTheSpectrum) {
     const std::vector<float> x = test::toFloat(test::sinusoid(1024, 1.0 / 40.0, 2.0));
     float smin = 2.0f, smax = 256.0f;
     std::vector<float> map(static_cast<std::size_t>(n * rows)),
-        spec(static_cast<std::size_t>(rows));
-    run(&n, x.data(), &smin, &smax, &rows, map.data(), spec.data());
+        powers(static_cast<std::size_t>(rows));
+    run(&n, x.data(), &smin, &smax, &rows, map.data(), powers.data());
     EXPECT_EQ(smin, 2.0f);
     EXPECT_EQ(smax, 256.0f);
 
@@ -196,7 +196,7 @@ TEST_F(MorletBinding, WindowCallFillsMapRowByRowAndTheSpectrum) {
     std::size_t best = 0;
     for (std::size_t i = 0; i < periods.size(); ++i) {
         if (map[i * 1024 + 512] > map[best * 1024 + 512]) best = i;
-        ASSERT_TRUE(isNear(spec[i], w.spectrum[i], 0.0, 1e-6));
+        ASSERT_TRUE(isNear(powers[i], w.spectrum[i], 0.0, 1e-6));
         for (std::size_t t : {0u, 300u, 512u, 1023u})
             ASSERT_TRUE(isNear(map[i * 1024 + t],
                                std::log10(std::max(w.power[i * 1024 + t], floor)), 1e-5, 1e-6));
@@ -210,9 +210,9 @@ TEST_F(MorletBinding, WindowCallFillsMapRowByRowAndTheSpectrum) {
 TEST_F(MorletBinding, ScaleBoundsAreRepairedAndWrittenBack) {
     const std::vector<float> x = test::toFloat(test::whiteNoise(400, 1.0, 8));
     std::int32_t n = 400, rows = 50;
-    std::vector<float> map(400 * 50), spec(50);
+    std::vector<float> map(400 * 50), powers(50);
     const auto bounds = [&](float lo, float hi) {
-        run(&n, x.data(), &lo, &hi, &rows, map.data(), spec.data());
+        run(&n, x.data(), &lo, &hi, &rows, map.data(), powers.data());
         return std::pair{lo, hi};
     };
     EXPECT_EQ(bounds(0.5f, 100.0f), std::pair(2.0f, 100.0f));
@@ -226,11 +226,11 @@ TEST_F(MorletBinding, ConstantFragmentGivesTheFiniteFloor) {
     std::int32_t n = 64, rows = 50;
     const std::vector<float> x(64, 7.0f);
     float smin = 2.0f, smax = 16.0f;
-    std::vector<float> map(64 * 50, 1.0f), spec(50, 1.0f);
-    run(&n, x.data(), &smin, &smax, &rows, map.data(), spec.data());
+    std::vector<float> map(64 * 50, 1.0f), powers(50, 1.0f);
+    run(&n, x.data(), &smin, &smax, &rows, map.data(), powers.data());
     for (float v : map)
         ASSERT_EQ(v, static_cast<float>(std::log10(double{std::numeric_limits<float>::min()})));
-    for (float v : spec)
+    for (float v : powers)
         ASSERT_EQ(v, std::numeric_limits<float>::min());
 }
 
