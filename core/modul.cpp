@@ -14,6 +14,16 @@ QColor BasicColor(int n) {
     return QColor::fromRgb(palette[n & 15]);
 }
 
+void MakeMarks(QWidget* parent, MarksFrame*& frame, MarkLabels& marks, bool yAxis, double width) {
+    frame = new MarksFrame(parent);
+    frame->place(0, 0, yAxis ? 1200 : width, 330);
+    for (auto& mark : marks) {
+        mark = new Label(frame);
+        mark->setAlignment(yAxis ? Qt::AlignRight | Qt::AlignVCenter : Qt::AlignHCenter | Qt::AlignTop);
+        mark->place(0, 50, 1150, 255);
+    }
+}
+
 QString MarkText(float value, int logFlag, bool yAxis) {
     if (logFlag == 1)
         value = static_cast<float>(yAxis ? std::pow(10.0, static_cast<double>(value))

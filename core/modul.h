@@ -27,14 +27,20 @@ class MarksFrame : public Control<QFrame> {
     explicit MarksFrame(QWidget* parent) : Control<QFrame>(parent) {}
 };
 
+// The six labels of one axis: Xmark_1 .. Xmark_5 and Xmark_End (or Ymark_...).
+using MarkLabels = std::array<Label*, 6>;
+
+// Builds a marks frame and its six labels: x labels centred, y labels
+// right-aligned, each 1150 twips wide; the frame takes `width` (x) or 1200 (y).
+void MakeMarks(QWidget* parent, MarksFrame*& frame, MarkLabels& marks, bool yAxis,
+               double width = 600);
+
 // The text of an axis mark for a single-precision value: with the log flag 1
 // the value is first replaced by e^v on the x axis or 10^v on the y axis; then
 // NumText without its leading blank, and a "0" before a bare point (".5" shows
 // as "0.5", "-.5" as "-0.5").
 QString MarkText(float value, int logFlag, bool yAxis);
 
-// The six labels of one axis: Xmark_1 .. Xmark_5 and Xmark_End (or Ymark_...).
-using MarkLabels = std::array<Label*, 6>;
 
 // Lays out the six labels under `surface`, in the marks frame, and draws their
 // ticks on the window. xStart labels the left edge, xEnd the right edge, with

@@ -24,16 +24,6 @@ double lg(double x) { return std::log(x) / std::log(10.0); }
 constexpr double kMapLeft = 1500, kMapTop = 300, kMapWidth = 10500, kMapHeight = 5400;
 constexpr double kScaleLeft = kMapLeft + kMapWidth + 300, kScaleWidth = 450;
 
-void makeMarks(QWidget* parent, MarksFrame*& frame, MarkLabels& marks, bool yAxis, double width) {
-    frame = new MarksFrame(parent);
-    frame->place(0, 0, yAxis ? 1200 : width, 330);
-    for (auto& mark : marks) {
-        mark = new Label(frame);
-        mark->setAlignment(yAxis ? Qt::AlignRight | Qt::AlignVCenter : Qt::AlignHCenter | Qt::AlignTop);
-        mark->place(0, 50, 1150, 255);
-    }
-}
-
 } // namespace
 
 void SignalZoomForm::HeisBoxesButton_Click() {
@@ -42,13 +32,13 @@ void SignalZoomForm::HeisBoxesButton_Click() {
 }
 
 HeisBoxFormControls::HeisBoxFormControls(FormWindow& w) {
-    makeMarks(&w, YmarksFrame, Ymarks, true, 0);
+    MakeMarks(&w, YmarksFrame, Ymarks, true, 0);
     HeisBoxMap = new PlotSurface(&w);
     HeisBoxMap->placeSurface(kMapLeft, kMapTop, kMapWidth, kMapHeight);
     ColorScale = new PlotSurface(&w);
     ColorScale->placeSurface(kScaleLeft, kMapTop, kScaleWidth, kMapHeight);
     const double formWidth = kScaleLeft + kScaleWidth + 300;
-    makeMarks(&w, XmarksFrame, Xmarks, false, formWidth);
+    MakeMarks(&w, XmarksFrame, Xmarks, false, formWidth);
     Label1 = new Label(&w, "Tmax");
     Label1->place(120, kMapTop - 270, 1150, 240);
     Label1->setAlignment(Qt::AlignRight | Qt::AlignVCenter);

@@ -23,16 +23,6 @@ QString qs(const std::string& s) { return QString::fromStdString(s); }
 constexpr double kMapLeft = 1500, kMapTop = 300, kMapWidth = 10500, kMapHeight = 6000;
 constexpr double kScaleLeft = kMapLeft + kMapWidth + 300, kScaleWidth = 450;
 
-void makeMarks(QWidget* parent, MarksFrame*& frame, MarkLabels& marks, bool yAxis, double width) {
-    frame = new MarksFrame(parent);
-    frame->place(0, 0, yAxis ? 1200 : width, 330);
-    for (auto& mark : marks) {
-        mark = new Label(frame);
-        mark->setAlignment(yAxis ? Qt::AlignRight | Qt::AlignVCenter : Qt::AlignHCenter | Qt::AlignTop);
-        mark->place(0, 50, 1150, 255);
-    }
-}
-
 } // namespace
 
 // The number of scales of a fragment: 200, at most Int(length / 8), at least 50.
@@ -95,12 +85,12 @@ void SignalZoomForm::MorletSvan_Click() {
 }
 
 MorletSvanFormControls::MorletSvanFormControls(FormWindow& w) {
-    makeMarks(&w, YmarksFrame, Ymarks, true, 0);
+    MakeMarks(&w, YmarksFrame, Ymarks, true, 0);
     MorletSvanMap = new PlotSurface(&w);
     MorletSvanMap->placeSurface(kMapLeft, kMapTop, kMapWidth, kMapHeight);
     ColorScale = new PlotSurface(&w);
     ColorScale->placeSurface(kScaleLeft, kMapTop, kScaleWidth, kMapHeight);
-    makeMarks(&w, XmarksFrame, Xmarks, false, kScaleLeft + kScaleWidth + 300);
+    MakeMarks(&w, XmarksFrame, Xmarks, false, kScaleLeft + kScaleWidth + 300);
     Label1 = new Label(&w, "Tmax");
     Label1->place(120, kMapTop - 270, 1150, 240);
     Label1->setAlignment(Qt::AlignRight | Qt::AlignVCenter);

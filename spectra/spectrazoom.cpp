@@ -17,16 +17,6 @@ namespace {
 
 QString qs(const std::string& s) { return QString::fromStdString(s); }
 
-void makeMarks(QWidget* parent, MarksFrame*& frame, MarkLabels& marks, bool yAxis) {
-    frame = new MarksFrame(parent);
-    frame->place(0, 0, yAxis ? 1200 : 600, 330);
-    for (auto& mark : marks) {
-        mark = new Label(frame);
-        mark->setAlignment(yAxis ? Qt::AlignRight | Qt::AlignVCenter : Qt::AlignHCenter | Qt::AlignTop);
-        mark->place(0, 50, 1150, 255);
-    }
-}
-
 constexpr double kZoomLeft = 1500, kZoomTop = 480, kZoomWidth = 8400, kZoomHeight = 5160;
 
 } // namespace
@@ -34,10 +24,10 @@ constexpr double kZoomLeft = 1500, kZoomTop = 480, kZoomWidth = 8400, kZoomHeigh
 SpectraZoomFormControls::SpectraZoomFormControls(FormWindow& w) {
     Label2 = new Label(&w, "");
     Label2->place(kZoomLeft, 120, 5400, 300);
-    makeMarks(&w, YmarksFrame, Ymarks, true);
+    MakeMarks(&w, YmarksFrame, Ymarks, true);
     Picture1 = new PlotSurface(&w);
     Picture1->placeSurface(kZoomLeft, kZoomTop, kZoomWidth, kZoomHeight);
-    makeMarks(&w, XmarksFrame, Xmarks, false);
+    MakeMarks(&w, XmarksFrame, Xmarks, false);
     XmarksFrame->place(0, kZoomTop + kZoomHeight + 200, 10500, 330);
     Label1 = new Label(&w, "");
     Label1->setAlignment(Qt::AlignHCenter | Qt::AlignVCenter);
@@ -179,10 +169,10 @@ void SpectraZoomForm::BandPassButton_Click() {
 }
 
 BandPassFormControls::BandPassFormControls(FormWindow& w) {
-    makeMarks(&w, YmarksFrame, Ymarks, true);
+    MakeMarks(&w, YmarksFrame, Ymarks, true);
     BandPassGraf = new PlotSurface(&w);
     BandPassGraf->placeSurface(1500, 300, 9000, 4500);
-    makeMarks(&w, XmarksFrame, Xmarks, false);
+    MakeMarks(&w, XmarksFrame, Xmarks, false);
     XmarksFrame->place(0, 300 + 4500 + 200, 11100, 330);
     BandPassSaveButton = new Button(&w, "Save Band Pass Signal on the Disc");
     BandPassSaveButton->place(1500, 5520, 3600, 450);

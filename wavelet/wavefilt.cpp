@@ -16,16 +16,6 @@ namespace {
 QString qs(const std::string& s) { return QString::fromStdString(s); }
 double boxNumber(const TextBox* box) { return TextNum(box->Text().toStdString()); }
 
-void makeMarks(QWidget* parent, MarksFrame*& frame, MarkLabels& marks, bool yAxis) {
-    frame = new MarksFrame(parent);
-    frame->place(0, 0, yAxis ? 1200 : 600, 330);
-    for (auto& mark : marks) {
-        mark = new Label(frame);
-        mark->setAlignment(yAxis ? Qt::AlignRight | Qt::AlignVCenter : Qt::AlignHCenter | Qt::AlignTop);
-        mark->place(0, 50, 1150, 255);
-    }
-}
-
 Button* button(QWidget* parent, const QString& caption, double l, double t, double w, double h) {
     auto* b = new Button(parent, caption);
     b->place(l, t, w, h);
@@ -56,12 +46,12 @@ void Form1::WaveFiltButton_Click() {
 }
 
 WaveFiltFormControls::WaveFiltFormControls(FormWindow& w) {
-    makeMarks(&w, YmarksFrame, Ymarks, true);
+    MakeMarks(&w, YmarksFrame, Ymarks, true);
     WaveFiltGraf = new PlotSurface(&w);
     WaveFiltGraf->placeSurface(kGrafLeft, kGrafTop, kGrafWidth, kGrafHeight);
     Line_Left = &WaveFiltGraf->addLine(QColor(0xFF, 0, 0));
     Line_Right = &WaveFiltGraf->addLine(QColor(0xFF, 0, 0));
-    makeMarks(&w, XmarksFrame, Xmarks, false);
+    MakeMarks(&w, XmarksFrame, Xmarks, false);
     const double below = kGrafTop + kGrafHeight + 600;
     FrameHScroll = new Frame(&w, "Signal Zooming Scroll Bars");
     FrameHScroll->place(kGrafLeft, below, kGrafWidth, 840);
@@ -341,10 +331,10 @@ void WaveFiltForm::ZoomGrafButton_Click() {
 }
 
 WaveFiltZoomFormControls::WaveFiltZoomFormControls(FormWindow& w) {
-    makeMarks(&w, YmarksFrame, Ymarks, true);
+    MakeMarks(&w, YmarksFrame, Ymarks, true);
     WaveFiltZoomGraf = new PlotSurface(&w);
     WaveFiltZoomGraf->placeSurface(1500, 240, 12135, 6975);
-    makeMarks(&w, XmarksFrame, Xmarks, false);
+    MakeMarks(&w, XmarksFrame, Xmarks, false);
     w.setWindowTitle("Zoom of the Wavelet Threshold Filter Result");
 }
 

@@ -20,16 +20,6 @@ namespace {
 QString qs(const std::string& s) { return QString::fromStdString(s); }
 double boxNumber(const TextBox* box) { return TextNum(box->Text().toStdString()); }
 
-void makeMarks(QWidget* parent, MarksFrame*& frame, MarkLabels& marks, bool yAxis) {
-    frame = new MarksFrame(parent);
-    frame->place(0, 0, yAxis ? 1200 : 600, 330);
-    for (auto& mark : marks) {
-        mark = new Label(frame);
-        mark->setAlignment(yAxis ? Qt::AlignRight | Qt::AlignVCenter : Qt::AlignHCenter | Qt::AlignTop);
-        mark->place(0, 50, 1150, 255);
-    }
-}
-
 } // namespace
 
 // ---- Form1: the options, the level and the decomposition ----
@@ -153,7 +143,7 @@ void Form1::WavePackButton_Click() {
 WaveDecFormControls::WaveDecFormControls(FormWindow& w) {
     WaveDecGraf = new PlotSurface(&w);
     WaveDecGraf->placeSurface(600, 120, 13455, 9255);
-    makeMarks(&w, XmarksFrame, Xmarks, false);
+    MakeMarks(&w, XmarksFrame, Xmarks, false);
     XmarksFrame->place(0, 120 + 9255 + 200, 14655, 330);
     Label1 = new Label(&w, "Double Click Wavelet Decomposition Component to save it on the disc");
     Label1->setForeColor(QColor(0x80, 0x00, 0x80));
@@ -238,10 +228,10 @@ void WaveDecForm::WaveDecGraf_DblClick() {
 WaveSpectFormControls::WaveSpectFormControls(FormWindow& w) {
     Label2 = new Label(&w, "");
     Label2->place(1500, 120, 8535, 330);
-    makeMarks(&w, YmarksFrame, Ymarks, true);
+    MakeMarks(&w, YmarksFrame, Ymarks, true);
     WaveSpectraGraf = new PlotSurface(&w);
     WaveSpectraGraf->placeSurface(1500, 600, 8535, 6495);
-    makeMarks(&w, XmarksFrame, Xmarks, false);
+    MakeMarks(&w, XmarksFrame, Xmarks, false);
     Label1 = new Label(&w, "");
     Label1->setAlignment(Qt::AlignHCenter | Qt::AlignVCenter);
     Label1->place(1500, 600 + 6495 + 570, 8535, 300);
