@@ -10,6 +10,8 @@
 #include <iterator>
 #include <optional>
 
+#include <stdlib.h>
+
 namespace tarnic {
 
 // ---------------------------------------------------------------------------
@@ -77,9 +79,28 @@ WtmmFile ReadWtmmFile(const std::filesystem::path& file, std::int64_t total) {
     return result;
 }
 
-WtmmScratchRemover::~WtmmScratchRemover() {
+WtmmScratchPlace::WtmmScratchPlace() {
+    std::error_code ec;
+    previous_ = std::filesystem::current_path(ec);
+    where_ = previous_;
+    std::string pattern =
+        (std::filesystem::temp_directory_path(ec) / "tarnic-wtmm-XXXXXX").string();
+    if (ec || !mkdtemp(pattern.data())) return;
+    std::filesystem::current_path(pattern, ec);
+    if (ec) {
+        std::filesystem::remove(pattern, ec);
+        return;
+    }
+    where_ = pattern;
+    entered_ = true;
+}
+
+WtmmScratchPlace::~WtmmScratchPlace() {
     std::error_code ignored;
-    std::filesystem::remove(file_, ignored);
+    std::filesystem::remove(file(), ignored);
+    if (!entered_) return;
+    std::filesystem::current_path(previous_, ignored);
+    std::filesystem::remove_all(where_, ignored);
 }
 
 WtmmLgRange ChainLgRange(std::span<const WtmmRecord> records) {

@@ -61,17 +61,27 @@ struct WtmmFile {
 // file with fewer records, or with a field that is not a number, is Short.
 WtmmFile ReadWtmmFile(const std::filesystem::path& file, std::int64_t total);
 
-// Removes the chain file when it goes out of scope, whatever way the run ends,
-// so the file never outlives the handler that asked the library for it.
-class WtmmScratchRemover {
+// Where a WTMM run takes place. The library writes the chain file under its
+// one fixed name into the current directory, which after start is the program's
+// own folder: an installed program may not write there, and two copies running
+// from one folder would share the name. So the run enters a fresh private
+// directory below the system's temporary directory; going out of scope, on
+// every way out of the handler, removes the chain file and that directory and
+// returns to the directory the process stood in. When no private directory can
+// be made the run stays where it is and only the file is removed afterwards.
+class WtmmScratchPlace {
   public:
-    explicit WtmmScratchRemover(std::filesystem::path file) : file_(std::move(file)) {}
-    ~WtmmScratchRemover();
-    WtmmScratchRemover(const WtmmScratchRemover&) = delete;
-    WtmmScratchRemover& operator=(const WtmmScratchRemover&) = delete;
+    WtmmScratchPlace();
+    ~WtmmScratchPlace();
+    WtmmScratchPlace(const WtmmScratchPlace&) = delete;
+    WtmmScratchPlace& operator=(const WtmmScratchPlace&) = delete;
+
+    // The chain file as the library writes it in this place.
+    std::filesystem::path file() const { return where_ / kWtmmScratchName; }
 
   private:
-    std::filesystem::path file_;
+    std::filesystem::path previous_, where_;
+    bool entered_ = false;
 };
 
 // The Y range of the chain plot: least and greatest logarithm over the records

@@ -140,10 +140,10 @@ void SignalZoomForm::WTMM_button_Click() {
     WtmmFile chains;
     WtmmProblem problem = WtmmProblem::None;
     {
-        // The library writes the chain file into the current directory; it is
-        // read and removed before anything is drawn, on every way out.
-        const std::filesystem::path scratch = std::filesystem::current_path() / kWtmmScratchName;
-        WtmmScratchRemover remover(scratch);
+        // The library writes the chain file into the current directory, here a
+        // private one; it is read and removed before anything is drawn.
+        WtmmScratchPlace place;
+        const std::filesystem::path scratch = place.file();
         dll::WTMM_FP_dll(WtmmInput.first(), FragLeng, trendOrder, gamma, ChainCounts[0],
                          WtmmDetrended.first());
         problem = CheckWtmmCounts(ChainCounts);

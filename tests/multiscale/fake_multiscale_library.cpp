@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <filesystem>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -23,6 +24,7 @@ struct WtmmScript {
     std::int32_t fragLeng = -1, trendOrder = -1;
     double gamma = -1;
     int calls = 0;
+    std::string directory; // the current directory during the last call
 } wtmm;
 
 struct MfdfaScript {
@@ -47,6 +49,14 @@ FAKE_EXPORT void FakeWtmm_script(const std::int32_t* counts, const char* fileTex
     wtmm.calls = 0;
 }
 
+// The current directory of the last call, cut to `size` - 1 characters.
+FAKE_EXPORT void FakeWtmm_directory(char* out, int size) {
+    const std::size_t n =
+        std::min<std::size_t>(wtmm.directory.size(), static_cast<std::size_t>(size - 1));
+    std::copy_n(wtmm.directory.begin(), n, out);
+    out[n] = '\0';
+}
+
 FAKE_EXPORT void FakeWtmm_received(std::int32_t* fragLeng, std::int32_t* trendOrder, double* gamma,
                                    int* calls) {
     *fragLeng = wtmm.fragLeng;
@@ -60,6 +70,7 @@ FAKE_EXPORT void FakeWtmm_received(std::int32_t* fragLeng, std::int32_t* trendOr
 FAKE_EXPORT void WTMM_FP_dll(const double* input, std::int32_t* fragLeng, std::int32_t* trendOrder,
                              double* gamma, std::int32_t* chainCounts, double* detrended) {
     ++wtmm.calls;
+    wtmm.directory = std::filesystem::current_path().string();
     wtmm.fragLeng = *fragLeng;
     wtmm.trendOrder = *trendOrder;
     wtmm.gamma = *gamma;

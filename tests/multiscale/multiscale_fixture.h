@@ -65,7 +65,7 @@ class MultiscaleWindow : public MainWindow {
         if (fake_) dlclose(fake_);
     }
 
-    // Starts the workbench with the chain file's directory as the current one
+    // Starts the workbench with the scratch directory as the current one
     // and the given sampling interval and start time.
     void startIn(const char* dT = "1", const char* t0 = "0") {
         start();

@@ -123,16 +123,31 @@ TEST_F(WtmmChainFile, NoRecordsCountedReadsNothing) {
     EXPECT_TRUE(read.records.empty());
 }
 
-TEST_F(WtmmChainFile, TheRemoverDeletesTheFileOnEveryWayOut) {
-    const auto file = put("1 0.5\r\n");
+TEST(WtmmScratchPlace, ARunTakesPlaceInAPrivateDirectoryThatLeavesNothingBehind) {
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::path where;
     try {
-        WtmmScratchRemover remover(file);
+        WtmmScratchPlace place;
+        where = std::filesystem::current_path();
+        EXPECT_NE(where, before);
+        EXPECT_EQ(place.file(), where / "n12c43k67r13t72c76h18i04");
+        EXPECT_TRUE(std::filesystem::is_empty(where)) << "a fresh directory";
+        std::ofstream(place.file()) << "1 0.5\r\n";
+        std::ofstream(where / "other") << "left by the library";
         throw std::runtime_error("a failing step");
     } catch (const std::runtime_error&) {
     }
-    EXPECT_FALSE(std::filesystem::exists(file));
-    { WtmmScratchRemover remover(file); } // nothing to delete: no failure either
-    EXPECT_FALSE(std::filesystem::exists(file));
+    EXPECT_EQ(std::filesystem::current_path(), before);
+    EXPECT_FALSE(std::filesystem::exists(where)) << "directory and files are gone";
+
+    // Two places at once (two runs of two programs) never share a directory.
+    WtmmScratchPlace first;
+    const std::filesystem::path firstFile = first.file();
+    {
+        WtmmScratchPlace second;
+        EXPECT_NE(second.file(), firstFile);
+    }
+    EXPECT_TRUE(std::filesystem::exists(firstFile.parent_path()));
 }
 
 // ---------------------------------------------------------------------------

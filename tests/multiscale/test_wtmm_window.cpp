@@ -17,6 +17,7 @@ namespace {
 
 using ScriptWtmm = void(const std::int32_t*, const char*, int);
 using ReceivedWtmm = void(std::int32_t*, std::int32_t*, double*, int*);
+using DirectoryWtmm = void(char*, int);
 
 const QRgb kNavy = BasicColor(1).rgb();
 const QRgb kOlive = BasicColor(6).rgb();
@@ -45,6 +46,7 @@ class WtmmWindow : public MultiscaleWindow {
         useStandIn();
         script = standIn<ScriptWtmm>("FakeWtmm_script");
         received = standIn<ReceivedWtmm>("FakeWtmm_received");
+        directory = standIn<DirectoryWtmm>("FakeWtmm_directory");
     }
     void press() {
         zoom().WTMM_button_Click();
@@ -60,12 +62,22 @@ class WtmmWindow : public MultiscaleWindow {
         received(&c.fragLeng, &c.trendOrder, &c.gamma, &c.calls);
         return c;
     }
-    bool scratchLeft() { return fs::exists(dir / "n12c43k67r13t72c76h18i04"); }
+    // The chain file, or the private directory the stand-in library wrote it in,
+    // is still there after the run; or the run has left the process elsewhere.
+    bool scratchLeft() {
+        if (fs::exists(dir / "n12c43k67r13t72c76h18i04")) return true;
+        if (fs::current_path() != dir.path()) return true;
+        if (!directory) return false;
+        char where[4096];
+        directory(where, sizeof where);
+        return where[0] == '\0' || fs::path(where) == dir.path() || fs::exists(where);
+    }
     WTMM_Form& wtmm() { return wb->wtmmForm(); }
     WTMM_FormControls& wc() { return wb->wtmmForm().ui(); }
 
     ScriptWtmm* script = nullptr;
     ReceivedWtmm* received = nullptr;
+    DirectoryWtmm* directory = nullptr;
 };
 
 } // namespace
