@@ -1,5 +1,6 @@
 #include "core/controls.h"
 
+#include <QHBoxLayout>
 #include <QResizeEvent>
 #include <QSignalBlocker>
 
@@ -23,6 +24,11 @@ Button::Button(QWidget* parent, const QString& caption)
     face_->setAlignment(Qt::AlignCenter);
     face_->setTextFormat(Qt::PlainText);
     face_->setAttribute(Qt::WA_TransparentForMouseEvents);
+    // The face fills the button but for a margin at the sides, so two lines of
+    // caption fit a button of 420 twips.
+    auto* layout = new QHBoxLayout(this);
+    layout->setContentsMargins(4, 0, 4, 0);
+    layout->addWidget(face_);
     setCaption(caption);
     QObject::connect(this, &QPushButton::clicked, [this] {
         if (Click) Click();
@@ -33,11 +39,6 @@ void Button::setCaption(const QString& caption) {
     caption_ = caption;
     face_->setText(caption);
     setAccessibleName(caption);
-}
-
-void Button::resizeEvent(QResizeEvent* event) {
-    QPushButton::resizeEvent(event);
-    face_->setGeometry(rect().adjusted(4, 2, -4, -2));
 }
 
 TextBox::TextBox(QWidget* parent, const QString& text) : Control<QLineEdit>(parent) {

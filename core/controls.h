@@ -33,7 +33,8 @@ using Handler = std::function<void()>;
 
 template <class QtBase> class Control : public QtBase {
   public:
-    template <class... Args> explicit Control(Args&&... args) : QtBase(std::forward<Args>(args)...) {}
+    template <class... Args>
+    explicit Control(Args&&... args) : QtBase(std::forward<Args>(args)...) {}
 
     void place(double left, double top, double width, double height) {
         left_ = left;
@@ -81,9 +82,6 @@ class Button : public Control<QPushButton> {
     QString Caption() const { return caption_; }
     void setCaption(const QString& caption);
     Handler Click;
-
-  protected:
-    void resizeEvent(QResizeEvent* event) override;
 
   private:
     QString caption_;

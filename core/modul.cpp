@@ -2,6 +2,7 @@
 
 #include "core/form.h"
 #include "core/numtext.h"
+#include "core/twips.h"
 
 #include <cmath>
 
@@ -14,12 +15,17 @@ QColor BasicColor(int n) {
     return QColor::fromRgb(palette[n & 15]);
 }
 
+MarksFrame::MarksFrame(QWidget* parent) : Control<QFrame>(parent) {
+    setFont(MarkFont());
+}
+
 void MakeMarks(QWidget* parent, MarksFrame*& frame, MarkLabels& marks, bool yAxis, double width) {
     frame = new MarksFrame(parent);
     frame->place(0, 0, yAxis ? 1200 : width, 330);
     for (auto& mark : marks) {
         mark = new Label(frame);
-        mark->setAlignment(yAxis ? Qt::AlignRight | Qt::AlignVCenter : Qt::AlignHCenter | Qt::AlignTop);
+        mark->setAlignment(yAxis ? Qt::AlignRight | Qt::AlignVCenter
+                                 : Qt::AlignHCenter | Qt::AlignTop);
         mark->place(0, 50, 1150, 255);
     }
 }

@@ -24,7 +24,8 @@ QColor BasicColor(int n);
 // A borderless container for mark labels (XmarksFrame, YmarksFrame).
 class MarksFrame : public Control<QFrame> {
   public:
-    explicit MarksFrame(QWidget* parent) : Control<QFrame>(parent) {}
+    // The mark labels inside take the frame's type, MarkFont().
+    explicit MarksFrame(QWidget* parent);
 };
 
 // The six labels of one axis: Xmark_1 .. Xmark_5 and Xmark_End (or Ymark_...).
@@ -40,7 +41,6 @@ void MakeMarks(QWidget* parent, MarksFrame*& frame, MarkLabels& marks, bool yAxi
 // NumText without its leading blank, and a "0" before a bare point (".5" shows
 // as "0.5", "-.5" as "-0.5").
 QString MarkText(float value, int logFlag, bool yAxis);
-
 
 // Lays out the six labels under `surface`, in the marks frame, and draws their
 // ticks on the window. xStart labels the left edge, xEnd the right edge, with

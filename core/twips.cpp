@@ -18,6 +18,18 @@ double twipsPerPixel() {
     return factor;
 }
 
-void setTwipsPerPixel(double factor) { overrideFactor = factor; }
+void setTwipsPerPixel(double factor) {
+    overrideFactor = factor;
+}
+
+QFont WindowFont() {
+    return QFont("DejaVu Sans", 9);
+}
+
+QFont MarkFont() {
+    QFont font("DejaVu Sans Condensed", 8);
+    font.setStretch(QFont::Condensed);
+    return font;
+}
 
 } // namespace tarnic

@@ -17,11 +17,17 @@
 namespace tarnic {
 namespace {
 
-QString qs(const std::string& s) { return QString::fromStdString(s); }
-double boxNumber(const TextBox* box) { return TextNum(box->Text().toStdString()); }
-double lg(double x) { return std::log(x) / std::log(10.0); }
+QString qs(const std::string& s) {
+    return QString::fromStdString(s);
+}
+double boxNumber(const TextBox* box) {
+    return TextNum(box->Text().toStdString());
+}
+double lg(double x) {
+    return std::log(x) / std::log(10.0);
+}
 
-constexpr double kMapLeft = 1500, kMapTop = 300, kMapWidth = 10500, kMapHeight = 5400;
+constexpr double kMapLeft = 1500, kMapTop = 420, kMapWidth = 10500, kMapHeight = 5400;
 constexpr double kScaleLeft = kMapLeft + kMapWidth + 300, kScaleWidth = 450;
 
 } // namespace
@@ -39,11 +45,13 @@ HeisBoxFormControls::HeisBoxFormControls(FormWindow& w) {
     ColorScale->placeSurface(kScaleLeft, kMapTop, kScaleWidth, kMapHeight);
     const double formWidth = kScaleLeft + kScaleWidth + 300;
     MakeMarks(&w, XmarksFrame, Xmarks, false, formWidth);
+    // "Tmax" above the top Y mark and "Tmin" below the bottom one; "Tmin" ends
+    // short of the first X mark, which is centred under the map's left edge.
     Label1 = new Label(&w, "Tmax");
-    Label1->place(120, kMapTop - 270, 1150, 240);
+    Label1->place(120, 0, 1150, 240);
     Label1->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     Label2 = new Label(&w, "Tmin");
-    Label2->place(120, kMapTop + kMapHeight + 150, 1150, 240);
+    Label2->place(120, kMapTop + kMapHeight + 150, 800, 240);
     Label2->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
 
     const double row = kMapTop + kMapHeight + 720;
@@ -97,14 +105,19 @@ void HeisBoxForm::connectHandlers() {
     c.SaveGRD->Click = [this] { SaveGRD_Click(); };
     c.DaubOption->Click = [this] { DaubOption_Click(); };
     c.SymletOption->Click = [this] { SymletOption_Click(); };
-    for (TextBox* box : {c.DaubOrder, c.SymOrder, c.LevMaxText}) box->Change = [this] { ClearMap(); };
+    for (TextBox* box : {c.DaubOrder, c.SymOrder, c.LevMaxText})
+        box->Change = [this] { ClearMap(); };
     for (OptionButton* option : {c.Option1, c.Option2, c.Option3, c.Option4}) {
         option->Click = [this] { ClearMap(); };
         option->MouseMove = [this, option] { ChoiceMouseMove(option); };
     }
     c.LevMaxText->MouseMove = [this] { ChoiceMouseMove(ui_->LevMaxText); };
-    c.HeisBoxMap->MouseMove = [this](int b, int s, float x, float y) { HeisBoxMap_MouseMove(b, s, x, y); };
-    c.ColorScale->MouseMove = [this](int b, int s, float x, float y) { ColorScale_MouseMove(b, s, x, y); };
+    c.HeisBoxMap->MouseMove = [this](int b, int s, float x, float y) {
+        HeisBoxMap_MouseMove(b, s, x, y);
+    };
+    c.ColorScale->MouseMove = [this](int b, int s, float x, float y) {
+        ColorScale_MouseMove(b, s, x, y);
+    };
 }
 
 void HeisBoxForm::Form_Load() {
@@ -113,10 +126,11 @@ void HeisBoxForm::Form_Load() {
     HeisSamples = zoom.FragCount;
     HeisSignal = zoom.FragInput;
     HeisLevels = 1;
-    while ((std::int64_t{1} << HeisLevels) < HeisSamples) ++HeisLevels;
+    while ((std::int64_t{1} << HeisLevels) < HeisSamples)
+        ++HeisLevels;
     c.LevMaxText->setText(qs(NumText(HeisLevels - 4)));
-    window().setWindowTitle(Caption() + ", File=" + HeisFileName + ", Number of samples=" +
-                            qs(NumText(HeisSamples)));
+    window().setWindowTitle(Caption() + ", File=" + HeisFileName +
+                            ", Number of samples=" + qs(NumText(HeisSamples)));
     c.HeisBoxMap->setEnabled(false);
     c.SaveGRD->setEnabled(false);
     HeisDaubOrder = 4;
@@ -176,9 +190,12 @@ void HeisBoxForm::SymletOption_Click() {
 void HeisBoxForm::ChoiceMouseMove(QWidget* control) {
     HeisBoxFormControls& c = ui();
     const double M = boxNumber(c.LevMaxText);
-    auto promise = [&](double count, const char* what) { return "It will be " + qs(NumText(count)) + what; };
+    auto promise = [&](double count, const char* what) {
+        return "It will be " + qs(NumText(count)) + what;
+    };
     if (control == c.LevMaxText)
-        c.LevMaxText->setToolTipText("Set Maximum Detail Level #: 1 <= * <= " + qs(NumText(HeisLevels - 4)));
+        c.LevMaxText->setToolTipText("Set Maximum Detail Level #: 1 <= * <= " +
+                                     qs(NumText(HeisLevels - 4)));
     else if (control == c.Option1)
         c.Option1->setToolTipText(promise(M, " detail levels"));
     else if (control == c.Option2)
@@ -206,7 +223,10 @@ void HeisBoxForm::WavePackButton_Click() {
     std::int32_t levMin = 1;
     std::int32_t levMax = ClampDetailLevel(boxNumber(c.LevMaxText), HeisLevels);
     c.LevMaxText->setText(qs(NumText(levMax)));
-    std::int32_t split = c.Option1->Value() ? 1 : c.Option2->Value() ? 2 : c.Option3->Value() ? 4 : 8;
+    std::int32_t split = c.Option1->Value()   ? 1
+                         : c.Option2->Value() ? 2
+                         : c.Option3->Value() ? 4
+                                              : 8;
     HeisRows = split * (levMax - levMin + 1);
     HeisCols = HeisSamples / 2;
     if (static_cast<std::int64_t>(HeisRows) * HeisCols > 8000000) {
@@ -225,13 +245,16 @@ void HeisBoxForm::WavePackButton_Click() {
                        HeisScaleLow.first(), HeisScaleHigh.first(), HeisMap.first(), waveCode);
     HeisZmin = 1E+35f;
     HeisZmax = -1E+35f;
-    for (float v : HeisMap.span()) HeisZmin = std::min(HeisZmin, v), HeisZmax = std::max(HeisZmax, v);
+    for (float v : HeisMap.span())
+        HeisZmin = std::min(HeisZmin, v), HeisZmax = std::max(HeisZmax, v);
     const Form1Controls& main = workbench().form1().ui();
     const SignalZoomForm& zoom = workbench().signalZoomForm();
     const double dT = TextNum(main.DeltaT_Text->Text().toStdString());
     const double T0 = TextNum(main.Time0_Text->Text().toStdString());
-    for (float& v : HeisScaleLow.span()) v = static_cast<float>(v * dT);
-    for (float& v : HeisScaleHigh.span()) v = static_cast<float>(v * dT);
+    for (float& v : HeisScaleLow.span())
+        v = static_cast<float>(v * dT);
+    for (float& v : HeisScaleHigh.span())
+        v = static_cast<float>(v * dT);
     HeisTmin = static_cast<float>(T0 + (zoom.FragFirstSample - 1) * dT);
     HeisTmax = static_cast<float>(T0 + (zoom.FragLastSample - 1) * dT);
     const double B1 = 1 / ((1 / HeisScaleHigh(1) + 1.0 / HeisScaleLow(1)) / 2);
@@ -251,7 +274,8 @@ void HeisBoxForm::WavePackButton_Click() {
         const double boxH = H * (lg(HeisScaleHigh(i)) - lg(HeisScaleLow(i))) / span;
         const double boxTop = H * (1 - (lg(HeisScaleHigh(i)) - lgLow_) / span);
         for (int col = 1; col <= HeisCols; ++col)
-            FillCell(map, (col - 1) * cellW, boxTop, cellW, boxH, colour(HeisMap((i - 1) * HeisCols + col)));
+            FillCell(map, (col - 1) * cellW, boxTop, cellW, boxH,
+                     colour(HeisMap((i - 1) * HeisCols + col)));
     }
     c.WavePackButton->setEnabled(true);
     map.setEnabled(true);
@@ -263,7 +287,8 @@ void HeisBoxForm::WavePackButton_Click() {
 
 void HeisBoxForm::HeisBoxMap_MouseMove(int, int, float x, float y) {
     PlotSurface& map = *ui().HeisBoxMap;
-    const float time = HeisTmin + x * ((HeisTmax - HeisTmin) / static_cast<float>(map.ScaleWidth()));
+    const float time =
+        HeisTmin + x * ((HeisTmax - HeisTmin) / static_cast<float>(map.ScaleWidth()));
     const float l = lgHigh_ - y * ((lgHigh_ - lgLow_) / static_cast<float>(map.ScaleHeight()));
     const auto scale = static_cast<float>(std::pow(10.0, static_cast<double>(l)));
     map.setToolTipText(qs("Time=" + NumText(time) + ", Scale=" + NumText(scale)));
@@ -286,7 +311,9 @@ void HeisBoxForm::SaveGRD_Click() {
     const std::int32_t nx = HeisCols;
     SaveGridFile(
         *ui().SaveGRD, workbench().form1(),
-        [&](const std::string& D) { return names::HeisenbergGrid(D, N, HeisTmin, HeisTmax, detrended); },
+        [&](const std::string& D) {
+            return names::HeisenbergGrid(D, N, HeisTmin, HeisTmax, detrended);
+        },
         header,
         [values, nx](int row, int column) {
             return NumText(values[static_cast<std::size_t>(row - 1) * static_cast<std::size_t>(nx) +

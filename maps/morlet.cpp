@@ -18,9 +18,11 @@
 namespace tarnic {
 namespace {
 
-QString qs(const std::string& s) { return QString::fromStdString(s); }
+QString qs(const std::string& s) {
+    return QString::fromStdString(s);
+}
 
-constexpr double kMapLeft = 1500, kMapTop = 300, kMapWidth = 10500, kMapHeight = 6000;
+constexpr double kMapLeft = 1500, kMapTop = 420, kMapWidth = 10500, kMapHeight = 6000;
 constexpr double kScaleLeft = kMapLeft + kMapWidth + 300, kScaleWidth = 450;
 
 } // namespace
@@ -59,7 +61,8 @@ void SignalZoomForm::MorletSvan_Click() {
     form.MorletZmin = 1E+35f;
     form.MorletZmax = -1E+35f;
     for (float v : mapOut.span())
-        form.MorletZmin = std::min(form.MorletZmin, v), form.MorletZmax = std::max(form.MorletZmax, v);
+        form.MorletZmin = std::min(form.MorletZmin, v),
+        form.MorletZmax = std::max(form.MorletZmax, v);
     form.MorletTmin = static_cast<float>(T0 + (FragFirstSample - 1) * dT);
     form.MorletTmax = static_cast<float>(T0 + (FragLastSample - 1) * dT);
     form.MorletLgMin = static_cast<float>(std::log(smin * dT) / std::log(10.0));
@@ -91,11 +94,13 @@ MorletSvanFormControls::MorletSvanFormControls(FormWindow& w) {
     ColorScale = new PlotSurface(&w);
     ColorScale->placeSurface(kScaleLeft, kMapTop, kScaleWidth, kMapHeight);
     MakeMarks(&w, XmarksFrame, Xmarks, false, kScaleLeft + kScaleWidth + 300);
+    // "Tmax" above the top Y mark and "Tmin" below the bottom one; "Tmin" ends
+    // short of the first X mark, which is centred under the map's left edge.
     Label1 = new Label(&w, "Tmax");
-    Label1->place(120, kMapTop - 270, 1150, 240);
+    Label1->place(120, 0, 1150, 240);
     Label1->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     Label2 = new Label(&w, "Tmin");
-    Label2->place(120, kMapTop + kMapHeight + 150, 1150, 240);
+    Label2->place(120, kMapTop + kMapHeight + 150, 800, 240);
     Label2->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     SaveGRD = new Button(&w, "Save GRD-file and Wavelet Spectra DAT-file");
     SaveGRD->place(kMapLeft, kMapTop + kMapHeight + 720, 4200, 450);
@@ -108,7 +113,9 @@ void MorletSvanForm::connectHandlers() {
     c.MorletSvanMap->MouseMove = [this](int b, int s, float x, float y) {
         MorletSvanMap_MouseMove(b, s, x, y);
     };
-    c.ColorScale->MouseMove = [this](int b, int s, float x, float y) { ColorScale_MouseMove(b, s, x, y); };
+    c.ColorScale->MouseMove = [this](int b, int s, float x, float y) {
+        ColorScale_MouseMove(b, s, x, y);
+    };
     c.SaveGRD->Click = [this] { SaveGRD_Click(); };
 }
 
@@ -117,8 +124,8 @@ void MorletSvanForm::Form_Load() {
     MorletScales = MorletScalesIn;
     MorletSpec = MorletSpecIn;
     MorletMap = MorletMapIn;
-    window().setWindowTitle(Caption() + ", File=" + MorletFileName + ", Number of samples=" +
-                            qs(NumText(MorletSamples)));
+    window().setWindowTitle(Caption() + ", File=" + MorletFileName +
+                            ", Number of samples=" + qs(NumText(MorletSamples)));
 }
 
 void MorletSvanForm::Form_Activate() {
@@ -141,8 +148,10 @@ void MorletSvanForm::Form_Unload() {
 
 void MorletSvanForm::MorletSvanMap_MouseMove(int, int, float x, float y) {
     PlotSurface& map = *ui().MorletSvanMap;
-    const float time = MorletTmin + x * ((MorletTmax - MorletTmin) / static_cast<float>(map.ScaleWidth()));
-    const float lg = MorletLgMax - y * ((MorletLgMax - MorletLgMin) / static_cast<float>(map.ScaleHeight()));
+    const float time =
+        MorletTmin + x * ((MorletTmax - MorletTmin) / static_cast<float>(map.ScaleWidth()));
+    const float lg =
+        MorletLgMax - y * ((MorletLgMax - MorletLgMin) / static_cast<float>(map.ScaleHeight()));
     const auto period = static_cast<float>(std::pow(10.0, static_cast<double>(lg)));
     map.setToolTipText(qs("Time=" + NumText(time) + ", Period=" + NumText(period)));
 }
@@ -165,7 +174,9 @@ void MorletSvanForm::SaveGRD_Click() {
     const std::int32_t nx = MorletSamples;
     SaveGridFile(
         *ui().SaveGRD, main,
-        [&](const std::string& D) { return names::MorletGrid(D, N, MorletTmin, MorletTmax, detrended); },
+        [&](const std::string& D) {
+            return names::MorletGrid(D, N, MorletTmin, MorletTmax, detrended);
+        },
         header,
         [map, nx](int row, int column) {
             return NumText(map[static_cast<std::size_t>(row - 1) * static_cast<std::size_t>(nx) +

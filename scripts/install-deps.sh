@@ -8,7 +8,7 @@ packages=(
     qt6-base-dev libgl-dev
     libfftw3-dev libeigen3-dev
     libgtest-dev libgmock-dev libbenchmark-dev
-    fonts-dejavu-core
+    fonts-dejavu-core fonts-dejavu-extra
 )
 
 missing=()

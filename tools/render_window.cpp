@@ -21,27 +21,32 @@
 //                 window length L, shift S and order O when given
 //   wavepack[:L:S] decompose into wavelet packets (level L, split option 1..4);
 //                 then "show:WaveSpectForm" or "show:WaveBasisForm" picks the window
+//   wavefilt      open the threshold filter, take the Donoho-Johnstone level and filter
+//   wavefiltzoom  the zoom of the filtered stretch between the filter's cursors
 //   show:NAME     picture the window NAME instead of the last one opened
 //   help[:K]      the help text (0), the block scheme (1), the WTMM (2) or the
 //                 multifractal (3) theory picture
 #include "core/form1.h"
 #include "core/tarniclibrary.h"
+#include "core/twips.h"
 #include "core/workbench.h"
+#include "help/blockschemeform.h"
+#include "help/helpform.h"
 #include "maps/heisboxform.h"
 #include "maps/morletsvanform.h"
 #include "maps/svanarform.h"
+#include "multiscale/mfdfaform.h"
+#include "multiscale/mfdfahelpform.h"
+#include "multiscale/wtmmform.h"
+#include "multiscale/wtmmhelp.h"
 #include "signal/signalplot.h"
 #include "signal/signalzoomform.h"
 #include "spectra/bandpassform.h"
 #include "spectra/spectrazoomform.h"
-#include "help/blockschemeform.h"
-#include "help/helpform.h"
-#include "multiscale/mfdfaform.h"
-#include "multiscale/mfdfahelpform.h"
-#include "multiscale/wtmmhelp.h"
-#include "multiscale/wtmmform.h"
 #include "wavelet/wavebasisform.h"
 #include "wavelet/wavedecform.h"
+#include "wavelet/wavefiltform.h"
+#include "wavelet/wavefiltzoomform.h"
 #include "wavelet/wavespectform.h"
 
 #include <QApplication>
@@ -58,7 +63,7 @@ int main(int argc, char** argv) {
         return 2;
     }
     QApplication app(argc, argv);
-    QApplication::setFont(QFont("DejaVu Sans", 9));
+    QApplication::setFont(tarnic::WindowFont());
     // The path is taken before the main window moves to the program's directory.
     const QFileInfo file(argc > 2 ? QFileInfo(QString::fromLocal8Bit(argv[2])).absoluteFilePath()
                                   : QString());
@@ -124,6 +129,15 @@ int main(int argc, char** argv) {
             }
             form1.WavePackButton_Click();
             front = &workbench.waveDecForm();
+        } else if (step[0] == "wavefilt") {
+            form1.WaveFiltButton_Click();
+            WaveFiltForm& filt = workbench.waveFiltForm();
+            filt.LaunchDonoho_Click();
+            filt.LaunchThreshButton_Click();
+            front = &filt;
+        } else if (step[0] == "wavefiltzoom") {
+            workbench.waveFiltForm().ZoomGrafButton_Click();
+            front = &workbench.waveFiltZoomForm();
         } else if (step[0] == "show" && step.size() > 1) {
             if (step[1] == "WaveSpectForm") front = &workbench.waveSpectForm();
             if (step[1] == "WaveBasisForm") front = &workbench.waveBasisForm();
@@ -132,8 +146,10 @@ int main(int argc, char** argv) {
             Form* help[] = {&workbench.helpForm(), &workbench.blockSchemeForm(),
                             &workbench.wtmmHelp(), &workbench.mfdfaHelpForm()};
             front = help[std::clamp(step.size() > 1 ? step[1].toInt() : 0, 0, 3)];
-            if (front == help[0]) form1.HelpButton_Click();
-            else front->Show();
+            if (front == help[0])
+                form1.HelpButton_Click();
+            else
+                front->Show();
         } else if (step[0] == "morlet") {
             zoom.MorletSvan_Click();
             front = &workbench.morletSvanForm();

@@ -13,8 +13,12 @@
 namespace tarnic {
 namespace {
 
-QString qs(const std::string& s) { return QString::fromStdString(s); }
-double boxNumber(const TextBox* box) { return TextNum(box->Text().toStdString()); }
+QString qs(const std::string& s) {
+    return QString::fromStdString(s);
+}
+double boxNumber(const TextBox* box) {
+    return TextNum(box->Text().toStdString());
+}
 
 Button* button(QWidget* parent, const QString& caption, double l, double t, double w, double h) {
     auto* b = new Button(parent, caption);
@@ -29,6 +33,8 @@ Label* label(QWidget* parent, const QString& caption, double l, double t, double
 }
 
 constexpr double kGrafLeft = 1500, kGrafTop = 240, kGrafWidth = 12375, kGrafHeight = 5655;
+// The row of the Donoho-Johnstone level, below the row of the wavelet and level boxes.
+constexpr double kDonohoRowOffset = 1500;
 
 } // namespace
 
@@ -41,8 +47,8 @@ void Form1::WaveFiltButton_Click() {
     filt.SignalMax = SignalMax;
     filt.SignalRange = SignalRange;
     filt.Show();
-    filt.setCaption(filt.Caption() + "   File = " + InFileName + ",  Number of samples =" +
-                    qs(NumText(Nrec)));
+    filt.setCaption(filt.Caption() + "   File = " + InFileName +
+                    ",  Number of samples =" + qs(NumText(Nrec)));
 }
 
 WaveFiltFormControls::WaveFiltFormControls(FormWindow& w) {
@@ -80,25 +86,31 @@ WaveFiltFormControls::WaveFiltFormControls(FormWindow& w) {
     SymOrder->place(4440, 810, 720, 330);
     SymOrder->setToolTipText("8,10,12,14,16,18,20");
 
+    // Beside the wavelet choice the level in force and the three actions; the
+    // Donoho-Johnstone level and its button on a row of their own below, where
+    // the level's line has room for any number at 9 points.
     const double mid = kGrafLeft + 5400;
-    LaunchDonoho = button(&w, "Launch Donoho-Johnstone Level", mid, row + 90, 3300, 450);
-    Label4 = label(&w, "Donoho-Johnstone level = ", mid, row + 600, 3300, 300);
     SetThreshLevel = new Frame(&w, "Set Thresholding Level : ");
-    SetThreshLevel->place(mid + 3420, row, 3120, 1380);
+    SetThreshLevel->place(mid, row, 3120, 1380);
     Label5 = label(SetThreshLevel, "Set Threshold Level, 0 < * < 1 :", 120, 300, 2880, 300);
     ThreshLevel = new TextBox(SetThreshLevel, "");
     ThreshLevel->place(120, 720, 1800, 330);
     ThreshLevel->setToolTipText("Set Threshold Level, 0 < * < 1");
 
-    const double right = kGrafLeft + kGrafWidth - 1920;
-    LaunchThreshButton = button(&w, "Launch Threshold Filter", right, row + 30, 1920, 420);
-    ZoomGrafButton = button(&w, "Zoom Graf", right, row + 480, 1920, 420);
-    SaveThreshButton = button(&w, "Save the results", right, row + 930, 1920, 420);
+    const double right = kGrafLeft + kGrafWidth - 2640;
+    LaunchThreshButton = button(&w, "Launch Threshold Filter", right, row + 30, 2640, 420);
+    ZoomGrafButton = button(&w, "Zoom Graf", right, row + 480, 2640, 420);
+    SaveThreshButton = button(&w, "Save the results", right, row + 930, 2640, 420);
+
+    const double donoho = row + kDonohoRowOffset;
+    LaunchDonoho = button(&w, "Launch Donoho-Johnstone Level", kGrafLeft, donoho, 3300, 450);
+    Label4 = label(&w, "Donoho-Johnstone level = ", kGrafLeft + 3420, donoho + 75, 6000, 300);
     w.setWindowTitle(WaveFiltForm::kCaption);
 }
 
 void WaveFiltForm::connectHandlers() {
-    setClientSize(kGrafLeft + kGrafWidth + 600, kGrafTop + kGrafHeight + 600 + 1320 + 1500);
+    setClientSize(kGrafLeft + kGrafWidth + 600,
+                  kGrafTop + kGrafHeight + 600 + 1320 + kDonohoRowOffset + 450 + 240);
     WaveFiltFormControls& c = *ui_;
     c.DaubOption->Click = [this] { DaubOption_Click(); };
     c.SymletOption->Click = [this] { SymletOption_Click(); };
@@ -112,10 +124,16 @@ void WaveFiltForm::connectHandlers() {
     c.WaveFiltGraf->MouseMove = [this](int b, int s, float x, float y) {
         WaveFiltGraf_MouseMove(b, s, x, y);
     };
-    c.cursors = std::make_unique<CursorPair>(CursorPair::Setup{
-        c.WaveFiltGraf, c.Line_Left, c.Line_Right, c.HScroll_Left, c.HScroll_Right, 10.0f,
-        [](float h) { return std::pair<float, float>(0, h); },
-        [this] { workbench().waveFiltZoomForm().Unload(); }, {}});
+    c.cursors = std::make_unique<CursorPair>(
+        CursorPair::Setup{c.WaveFiltGraf,
+                          c.Line_Left,
+                          c.Line_Right,
+                          c.HScroll_Left,
+                          c.HScroll_Right,
+                          10.0f,
+                          [](float h) { return std::pair<float, float>(0, h); },
+                          [this] { workbench().waveFiltZoomForm().Unload(); },
+                          {}});
     c.HScroll_Left->Change = [this] { ui_->cursors->HScroll_Left_Change(); };
     c.HScroll_Right->Change = [this] { ui_->cursors->HScroll_Right_Change(); };
 }
@@ -276,12 +294,13 @@ void WaveFiltForm::WaveFiltGraf_MouseMove(int, int, float x, float y) {
     const Form1Controls& main = workbench().form1().ui();
     const double s = x * (Nrec - 1) / c.WaveFiltGraf->ScaleWidth() + 1;
     const std::int32_t n = IntClamped(s);
-    const auto value = static_cast<float>(SignalMax - (SignalMax - SignalMin) * y /
-                                                          static_cast<float>(c.WaveFiltGraf->ScaleHeight()));
+    const auto value =
+        static_cast<float>(SignalMax - (SignalMax - SignalMin) * y /
+                                           static_cast<float>(c.WaveFiltGraf->ScaleHeight()));
     const double time = TextNum(main.Time0_Text->Text().toStdString()) +
                         (n - 1) * TextNum(main.DeltaT_Text->Text().toStdString());
-    c.WaveFiltGraf->setToolTipText(qs("Sample # " + NumText(n) + ", Time=" + NumText(time) +
-                                      ", Value=" + NumText(value)));
+    c.WaveFiltGraf->setToolTipText(
+        qs("Sample # " + NumText(n) + ", Time=" + NumText(time) + ", Value=" + NumText(value)));
 }
 
 void WaveFiltForm::ZoomGrafButton_Click() {
@@ -306,7 +325,9 @@ void WaveFiltForm::ZoomGrafButton_Click() {
     zoom.ZoomLastSample = static_cast<float>(rows.back());
     zoom.ZoomMin = 1E+35f;
     zoom.ZoomMax = -1E+35f;
-    for (int i : rows) zoom.ZoomMin = std::min(zoom.ZoomMin, FiltInput(i)), zoom.ZoomMax = std::max(zoom.ZoomMax, FiltInput(i));
+    for (int i : rows)
+        zoom.ZoomMin = std::min(zoom.ZoomMin, FiltInput(i)),
+        zoom.ZoomMax = std::max(zoom.ZoomMax, FiltInput(i));
     zoom.Show();
     PlotSurface& graf = *zoom.ui().WaveFiltZoomGraf;
     graf.Cls();
@@ -362,13 +383,15 @@ void WaveFiltZoomForm::WaveFiltZoomGraf_MouseMove(int, int, float x, float y) {
     WaveFiltZoomFormControls& c = ui();
     const Form1Controls& main = workbench().form1().ui();
     const float s = (ZoomLastSample - ZoomFirstSample) * x /
-                        static_cast<float>(c.WaveFiltZoomGraf->ScaleWidth()) + ZoomFirstSample;
+                        static_cast<float>(c.WaveFiltZoomGraf->ScaleWidth()) +
+                    ZoomFirstSample;
     const std::int32_t n = IntClamped(s);
     const double time = TextNum(main.Time0_Text->Text().toStdString()) +
                         (n - 1) * TextNum(main.DeltaT_Text->Text().toStdString());
-    const float value = ZoomMax - (ZoomMax - ZoomMin) * y / static_cast<float>(c.WaveFiltZoomGraf->ScaleHeight());
-    c.WaveFiltZoomGraf->setToolTipText(qs("Sample # " + NumText(n) + ",  Time=" + NumText(time) +
-                                          ", Value=" + NumText(value)));
+    const float value =
+        ZoomMax - (ZoomMax - ZoomMin) * y / static_cast<float>(c.WaveFiltZoomGraf->ScaleHeight());
+    c.WaveFiltZoomGraf->setToolTipText(
+        qs("Sample # " + NumText(n) + ",  Time=" + NumText(time) + ", Value=" + NumText(value)));
 }
 
 } // namespace tarnic

@@ -11,7 +11,7 @@
 int main(int argc, char** argv) {
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
-    QApplication::setFont(QFont("DejaVu Sans", 9));
+    QApplication::setFont(tarnic::WindowFont());
     tarnic::setTwipsPerPixel(15.0);
     ::testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
