@@ -62,7 +62,8 @@ std::size_t readSignalFile(const std::filesystem::path& file, std::span<float> s
 
 // Converts a file name given as UTF-16 code units (no terminator) to a path.
 // Surrogate pairs combine into one character; an unpaired surrogate becomes
-// U+FFFD. A null pointer or length <= 0 gives an empty path.
+// U+FFFD. A null pointer or length <= 0 gives an empty path. A unit 0 is kept as
+// a NUL character, so the path names no file rather than the part before it.
 std::filesystem::path pathFromCodes(const std::int16_t* codes, std::int32_t length);
 
 namespace detail {

@@ -74,6 +74,12 @@ bool magnitudeBelowOne(const char* p, const char* last) {
 } // namespace
 
 FilePtr openFile(const std::filesystem::path& file, const char* mode) {
+    // The native open functions take a terminated string, so a name holding a NUL
+    // character would open whatever its part before the NUL names (a path given
+    // as code units with a length can hold one). No file has such a name.
+    if (file.native().find(std::filesystem::path::value_type{}) !=
+        std::filesystem::path::string_type::npos)
+        return nullptr;
 #if defined(_WIN32)
     std::wstring wideMode(mode, mode + std::strlen(mode));
     return FilePtr(_wfopen(file.c_str(), wideMode.c_str()));

@@ -41,8 +41,9 @@ struct FileCloser {
 };
 using FilePtr = std::unique_ptr<std::FILE, FileCloser>;
 
-// Opens a file with an fopen mode ("rb", "wb"); a null pointer when that fails.
-// Paths are passed natively, so non-ASCII names work on every platform.
+// Opens a file with an fopen mode ("rb", "wb"); a null pointer when that fails,
+// and for a path holding a NUL character, which names no file. Paths are passed
+// natively, so non-ASCII names work on every platform.
 FilePtr openFile(const std::filesystem::path& file, const char* mode);
 
 // Parses the whole of [first, last) as a number in the table format above and
