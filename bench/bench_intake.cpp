@@ -1,6 +1,8 @@
 // Speed of reading signal tables: counting and reading a two-column file of one
-// million records ("value time", CR LF), and once a file of ten million records.
+// million records ("value time", CR LF), and once a file of ten million records;
+// and splitting the million-record table into its two column files.
 // The files are written once into a scratch directory and removed at exit.
+#include "numeric/demultiplex.h"
 #include "numeric/intake.h"
 
 #include <benchmark/benchmark.h>
@@ -98,10 +100,20 @@ void BM_CountThenRead(benchmark::State& state) {
     reportRecords(state, file, state.range(0));
 }
 
+// DemulplexTable_dll: both column files written in full (temporary names, then
+// renamed over the last run's files).
+void BM_DemultiplexTable(benchmark::State& state) {
+    const fs::path file = tables().table(static_cast<int>(state.range(0)));
+    for (auto _ : state)
+        benchmark::DoNotOptimize(tarnic::demultiplexTable(file, static_cast<std::int32_t>(state.range(0))));
+    reportRecords(state, file, state.range(0));
+}
+
 BENCHMARK(BM_CountFileRecords)->Arg(1'000'000)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_ReadSignalFile)->Arg(1'000'000)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_CountThenRead)->Arg(1'000'000)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_CountThenRead)->Arg(10'000'000)->Iterations(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_DemultiplexTable)->Arg(1'000'000)->Unit(benchmark::kMillisecond);
 
 } // namespace
 

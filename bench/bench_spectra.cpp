@@ -1,8 +1,10 @@
 // Speed of the spectral routines at the sizes the program meets, called as the
 // _dll adapters call them (float in, float out):
-//  - BurgH_dll on one window: order 204, 2048 samples, 1024 output points (the
+//  - BurgH_dll on one window: order 204 (the default), 683 (the largest the
+//    clamps allow for 2048) and 20, 2048 samples, 1024 output points (the
 //    program calls it once per window, and hundreds of times for a map);
-//  - SpectAn_dll on 1,000,000 samples, windows of 2048, smoothing radius 1;
+//  - SpectAn_dll on 1,000,000 samples, windows of 2048, smoothing radius 1 and
+//    256 (the largest for 2048);
 //  - DownSample_dll of 1,000,000 samples by a step of 2.5.
 // The inputs are seeded AR(2) noise, so every run measures the same work.
 #include "numeric/burg.h"
@@ -40,17 +42,17 @@ void BurgH(benchmark::State& state) {
         benchmark::DoNotOptimize(out.data());
     }
 }
-BENCHMARK(BurgH)->Arg(204)->Arg(20)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BurgH)->Arg(204)->Arg(683)->Arg(20)->Unit(benchmark::kMicrosecond);
 
 void SpectAn(benchmark::State& state) {
     const std::vector<float> x = arNoise(1'000'000);
     std::vector<float> out(1024);
     for (auto _ : state) {
-        tarnic::backgroundSpectrum(x, 2048, 2048, 1, out);
+        tarnic::backgroundSpectrum(x, 2048, 2048, static_cast<int>(state.range(0)), out);
         benchmark::DoNotOptimize(out.data());
     }
 }
-BENCHMARK(SpectAn)->Unit(benchmark::kMillisecond);
+BENCHMARK(SpectAn)->Arg(1)->Arg(256)->Unit(benchmark::kMillisecond);
 
 // One call as the program makes it, FFTW's set-up for the length included. The
 // second length is prime, FFTW's slowest kind.

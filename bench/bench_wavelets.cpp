@@ -78,6 +78,15 @@ void OrthWavePack100k(benchmark::State& state) {
 }
 BENCHMARK(OrthWavePack100k)->Unit(benchmark::kMillisecond)->UseRealTime();
 
+// WaveBasisGraf_dll: the graph of the widest wavelet (symlet of 20
+// coefficients) on 1024 points, as the basis window draws it.
+void WaveletGraph1024(benchmark::State& state) {
+    const auto h = tarnic::scalingFilter(120);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(tarnic::waveletGraph(h, 1024).data());
+}
+BENCHMARK(WaveletGraph1024)->Unit(benchmark::kMillisecond);
+
 void MinimumEntropyChoice100k(benchmark::State& state) {
     const auto x = testSignal(100000);
     for (auto _ : state)
