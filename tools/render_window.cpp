@@ -54,6 +54,7 @@
 #include <QFileInfo>
 
 #include <cstdio>
+#include <filesystem>
 
 using namespace tarnic;
 
@@ -67,6 +68,10 @@ int main(int argc, char** argv) {
     // The path is taken before the main window moves to the program's directory.
     const QFileInfo file(argc > 2 ? QFileInfo(QString::fromLocal8Bit(argv[2])).absoluteFilePath()
                                   : QString());
+    // The tool lives in build/tools, away from the library: it uses the
+    // Tarnic.dll of the directory it starts the workbench in, as the program
+    // would find it beside itself.
+    TarnicLibrary::instance().setPreferredFile(std::filesystem::current_path() / "Tarnic.dll");
     Workbench workbench;
     workbench.start();
     QApplication::processEvents();
