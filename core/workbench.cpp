@@ -18,7 +18,7 @@
 #include "wavelet/wavedecform.h"
 #include "wavelet/wavefiltform.h"
 #include "wavelet/wavefiltzoomform.h"
-#include "wavelet/wavespectform.h"
+#include "wavelet/wavespectraform.h"
 
 #include <QCoreApplication>
 

@@ -12,6 +12,13 @@
 
 namespace tarnic {
 
+GridValueText RowMajorValues(const float* values, std::int32_t nx) {
+    return [values, nx](int row, int column) {
+        return NumText(values[static_cast<std::size_t>(row - 1) * static_cast<std::size_t>(nx) +
+                              static_cast<std::size_t>(column - 1)]);
+    };
+}
+
 int BandOf(double value, double zmin, double step, int bands) {
     for (int k = 1; k <= bands; ++k) {
         const double lower = zmin + (k - 1) * step;

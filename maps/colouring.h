@@ -79,6 +79,9 @@ struct GridHeader {
 // WriteGrid calls it from several threads at once.
 using GridValueText = std::function<std::string(int row, int column)>;
 
+// The value texts of a map held row after row, nx values to a row.
+GridValueText RowMajorValues(const float* values, std::int32_t nx);
+
 // The five header lines:
 //     DSAA
 //     <nx>  <ny>         each NumText followed by one blank: " 63  129 "

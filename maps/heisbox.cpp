@@ -10,6 +10,7 @@
 #include "maps/heisboxform.h"
 #include "signal/signalplot.h"
 #include "signal/signalzoomform.h"
+#include "wavelet/waveletchoice.h"
 #include "wavelet/wavelogic.h"
 
 #include <cmath>
@@ -137,17 +138,8 @@ void HeisBoxForm::Form_Load() {
     HeisSymOrder = 8;
     std::int32_t code = 0, length = HeisSamples;
     dll::Ford_dll(HeisSignal.first(), length, code);
-    if (!IsSymlet(code)) {
-        c.DaubOption->setValue(true);
-        c.DaubOrder->setText(qs(NumText(code)));
-        c.SymOrder->setText("");
-        HeisDaubOrder = code;
-    } else {
-        c.SymletOption->setValue(true);
-        c.SymOrder->setText(qs(NumText(code - 100)));
-        c.DaubOrder->setText("");
-        HeisSymOrder = code - 100;
-    }
+    ShowWaveletChoice(code, *c.DaubOption, *c.SymletOption, *c.DaubOrder, *c.SymOrder, HeisDaubOrder,
+                      HeisSymOrder);
 }
 
 void HeisBoxForm::Form_Activate() {
@@ -307,18 +299,12 @@ void HeisBoxForm::SaveGRD_Click() {
     header.xlo = NumText(HeisTmin), header.xhi = NumText(HeisTmax);
     header.ylo = NumText(HeisLgMin), header.yhi = NumText(HeisLgMax);
     header.zlo = NumText(HeisZmin), header.zhi = NumText(HeisZmax);
-    const float* values = HeisMap.vector().data();
-    const std::int32_t nx = HeisCols;
     SaveGridFile(
         *ui().SaveGRD, workbench().form1(),
         [&](const std::string& D) {
             return names::HeisenbergGrid(D, N, HeisTmin, HeisTmax, detrended);
         },
-        header,
-        [values, nx](int row, int column) {
-            return NumText(values[static_cast<std::size_t>(row - 1) * static_cast<std::size_t>(nx) +
-                                  static_cast<std::size_t>(column - 1)]);
-        });
+        header, RowMajorValues(HeisMap.vector().data(), HeisCols));
 }
 
 } // namespace tarnic

@@ -170,18 +170,12 @@ void MorletSvanForm::SaveGRD_Click() {
     header.xlo = NumText(MorletTmin), header.xhi = NumText(MorletTmax);
     header.ylo = NumText(MorletLgMin), header.yhi = NumText(MorletLgMax);
     header.zlo = NumText(MorletZmin), header.zhi = NumText(MorletZmax);
-    const float* map = MorletMap.vector().data();
-    const std::int32_t nx = MorletSamples;
     SaveGridFile(
         *ui().SaveGRD, main,
         [&](const std::string& D) {
             return names::MorletGrid(D, N, MorletTmin, MorletTmax, detrended);
         },
-        header,
-        [map, nx](int row, int column) {
-            return NumText(map[static_cast<std::size_t>(row - 1) * static_cast<std::size_t>(nx) +
-                               static_cast<std::size_t>(column - 1)]);
-        });
+        header, RowMajorValues(MorletMap.vector().data(), MorletSamples));
     // The wavelet spectrum, <Period, WaveCoeff.^2>; failures are passed over.
     const std::string D = main.ui().Dir1->Path().toStdString();
     makeSubdirectory(D, kSpectraDir);

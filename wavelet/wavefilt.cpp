@@ -8,6 +8,7 @@
 #include "core/workbench.h"
 #include "wavelet/wavefiltform.h"
 #include "wavelet/wavefiltzoomform.h"
+#include "wavelet/waveletchoice.h"
 #include "wavelet/wavelogic.h"
 
 namespace tarnic {
@@ -151,17 +152,8 @@ void WaveFiltForm::Form_Load() {
     SymDefault = 8;
     std::int32_t code = 0, length = Nrec;
     dll::Ford_dll(FiltInput.first(), length, code);
-    if (!IsSymlet(code)) {
-        c.DaubOption->setValue(true);
-        c.DaubOrder->setText(qs(NumText(code)));
-        c.SymOrder->setText("");
-        DaubDefault = code;
-    } else {
-        c.SymletOption->setValue(true);
-        c.SymOrder->setText(qs(NumText(code - 100)));
-        c.DaubOrder->setText("");
-        SymDefault = code - 100;
-    }
+    ShowWaveletChoice(code, *c.DaubOption, *c.SymletOption, *c.DaubOrder, *c.SymOrder, DaubDefault,
+                      SymDefault);
 }
 
 void WaveFiltForm::Form_Activate() {

@@ -10,7 +10,7 @@
 #include "wavelet/wavebasisform.h"
 #include "wavelet/wavedecform.h"
 #include "wavelet/wavelogic.h"
-#include "wavelet/wavespectform.h"
+#include "wavelet/wavespectraform.h"
 
 #include <cmath>
 

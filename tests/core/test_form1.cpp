@@ -13,7 +13,7 @@
 #include "spectra/bandpassform.h"
 #include "wavelet/wavedecform.h"
 #include "wavelet/wavefiltform.h"
-#include "wavelet/wavespectform.h"
+#include "wavelet/wavespectraform.h"
 #include "tests/core/mainwindow_fixture.h"
 #include "tests/numeric/test_support.h"
 

@@ -16,18 +16,6 @@ using std::numbers::pi;
 using test::isNear;
 using test::sinusoid;
 
-// isNear() for each element of two series; reports the first index that fails.
-::testing::AssertionResult allClose(const std::vector<double>& actual,
-                                    const std::vector<double>& expected, double absTol,
-                                    double relTol = 0.0) {
-    if (actual.size() != expected.size())
-        return ::testing::AssertionFailure()
-               << "sizes " << actual.size() << " and " << expected.size();
-    for (std::size_t i = 0; i < actual.size(); ++i)
-        if (auto r = isNear(actual[i], expected[i], absTol, relTol); !r)
-            return r << " at index " << i;
-    return ::testing::AssertionSuccess();
-}
 
 std::vector<double> bandPassed(std::vector<double> x, double tmin, double tmax) {
     fourierBandPass(x, tmin, tmax);
@@ -102,9 +90,9 @@ TEST(FourierBandPass, aComponentOnABinAtTheBandEdgeIsKeptWhole) {
     std::vector<double> x(1000);
     for (std::size_t t = 0; t < x.size(); ++t)
         x[t] = std::cos(2.0 * pi * (t + 0.5) / 20.0);
-    EXPECT_TRUE(allClose(bandPassed(x, 20.0, 20.0), x, 1e-12));
-    EXPECT_TRUE(allClose(bandPassed(x, 20.0, 35.0), x, 1e-12));
-    EXPECT_TRUE(allClose(bandPassed(x, 10.0, 20.0), x, 1e-12));
+    EXPECT_TRUE(test::allNear(bandPassed(x, 20.0, 20.0), x, 1e-12));
+    EXPECT_TRUE(test::allNear(bandPassed(x, 20.0, 35.0), x, 1e-12));
+    EXPECT_TRUE(test::allNear(bandPassed(x, 10.0, 20.0), x, 1e-12));
     EXPECT_LT(largestDifference(bandPassed(x, 20.5, 35.0), std::vector<double>(1000, 0.0), 0, 1000),
               1e-12);
 }
@@ -148,7 +136,7 @@ TEST(FourierBandPass, aStepRingsOnlyNearItselfNotAcrossTheRecord) {
 }
 
 TEST(FourierBandPass, aConstantGivesZeros) {
-    EXPECT_TRUE(allClose(bandPassed(std::vector<double>(99, 7.5), 2.0, 198.0),
+    EXPECT_TRUE(test::allNear(bandPassed(std::vector<double>(99, 7.5), 2.0, 198.0),
                          std::vector<double>(99, 0.0), 1e-12));
 }
 

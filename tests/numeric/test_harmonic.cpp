@@ -20,18 +20,6 @@ using test::isNear;
 using test::sinusoid;
 using test::whiteNoise;
 
-// isNear() for each element of two series; reports the first index that fails.
-::testing::AssertionResult allClose(const std::vector<double>& actual,
-                                    const std::vector<double>& expected, double absTol,
-                                    double relTol = 0.0) {
-    if (actual.size() != expected.size())
-        return ::testing::AssertionFailure()
-               << "sizes " << actual.size() << " and " << expected.size();
-    for (std::size_t i = 0; i < actual.size(); ++i)
-        if (auto r = isNear(actual[i], expected[i], absTol, relTol); !r)
-            return r << " at index " << i;
-    return ::testing::AssertionSuccess();
-}
 
 // 1 - RSS / TSS of c + a cos(2 pi f t) + b sin(2 pi f t), solved as an ordinary
 // 3-column least-squares problem.
@@ -100,7 +88,7 @@ TEST(FitHarmonic, aVanishingColumnAtHalfACycleIsLeftOut) {
         y[t] = 4.0 + (t % 2 == 0 ? 1.5 : -1.5);
     const HarmonicFit fit = fitHarmonic(y, 0.5);
     EXPECT_TRUE(isNear(fit.varianceRatio, 1.0, 1e-12));
-    EXPECT_TRUE(allClose(fit.values, y, 1e-12));
+    EXPECT_TRUE(test::allNear(fit.values, y, 1e-12));
 }
 
 // ---------------------------------------------------------------------------
@@ -143,7 +131,7 @@ TEST(BestFitHarmonic, recoversAnExactSinusoidWithItsPeriodLevelAmplitudeAndPhase
     EXPECT_TRUE(isNear(fit.amplitude, 3.0, 1e-6));
     EXPECT_TRUE(isNear(fit.level, 2.0, 1e-6));
     EXPECT_TRUE(isNear(fit.phase, -0.4, 1e-6));
-    EXPECT_TRUE(allClose(fit.values, y, 1e-5));
+    EXPECT_TRUE(test::allNear(fit.values, y, 1e-5));
 }
 
 TEST(BestFitHarmonic, findsANoisySinusoidWithinOnePercentAndItsShareOfTheVariance) {

@@ -20,18 +20,6 @@ namespace {
 using test::isNear;
 using test::whiteNoise;
 
-// isNear() for each element of two series; reports the first index that fails.
-::testing::AssertionResult allClose(const std::vector<double>& actual,
-                                    const std::vector<double>& expected, double absTol,
-                                    double relTol = 0.0) {
-    if (actual.size() != expected.size())
-        return ::testing::AssertionFailure()
-               << "sizes " << actual.size() << " and " << expected.size();
-    for (std::size_t i = 0; i < actual.size(); ++i)
-        if (auto r = isNear(actual[i], expected[i], absTol, relTol); !r)
-            return r << " at index " << i;
-    return ::testing::AssertionSuccess();
-}
 
 std::vector<double> kernelSmoothed(std::span<const double> x, double radius) {
     std::vector<double> y(x.size());
@@ -131,7 +119,7 @@ TEST(CorrelateCentred, fftAndDirectPathsAgreeWithTheDefinitionForAnAsymmetricKer
                 if (i + j >= 0 && i + j < 500) expected[i] += kernel[r + j] * x[i + j];
         std::vector<double> y(x.size());
         correlateCentred(x, kernel, y);
-        EXPECT_TRUE(allClose(y, expected, 1e-11)) << "radius " << radius;
+        EXPECT_TRUE(test::allNear(y, expected, 1e-11)) << "radius " << radius;
     }
 }
 
@@ -149,7 +137,7 @@ TEST(CorrelateCentred, refusesAnEvenKernelAndAMismatchedOutput) {
 TEST(GaussianKernelSmooth, keepsAConstantAtEveryPointForEveryRadius) {
     const std::vector<double> x(1001, 3.7);
     for (double radius : {1.0, 3.0, 10.0, 40.0, 200.0, 500.0, 501.0, 5000.0, 1e15}) {
-        EXPECT_TRUE(allClose(kernelSmoothed(x, radius), x, 0.0, 1e-14)) << "radius " << radius;
+        EXPECT_TRUE(test::allNear(kernelSmoothed(x, radius), x, 0.0, 1e-14)) << "radius " << radius;
     }
 }
 
@@ -158,7 +146,7 @@ TEST(GaussianKernelSmooth, matchesTheDirectRenormalisedAverageOnRandomData) {
     // Both sides of the direct/FFT switch, fractional radii, the largest the
     // program passes (n/2 + 1) and one beyond the series.
     for (double radius : {1.0, 2.5, 5.0, 24.0, 25.0, 33.0, 100.7, 389.0, 1000.0}) {
-        EXPECT_TRUE(allClose(kernelSmoothed(x, radius), directKernelSmooth(x, radius), 1e-12))
+        EXPECT_TRUE(test::allNear(kernelSmoothed(x, radius), directKernelSmooth(x, radius), 1e-12))
             << "radius " << radius;
     }
 }
@@ -166,7 +154,7 @@ TEST(GaussianKernelSmooth, matchesTheDirectRenormalisedAverageOnRandomData) {
 TEST(GaussianKernelSmooth, aReversedSeriesGivesTheReversedResult) {
     const std::vector<double> x = whiteNoise(1000, 1.0, 8);
     for (double radius : {7.0, 300.0, 501.0}) {
-        EXPECT_TRUE(allClose(kernelSmoothed(reversed(x), radius),
+        EXPECT_TRUE(test::allNear(kernelSmoothed(reversed(x), radius),
                              reversed(kernelSmoothed(x, radius)), 1e-13))
             << "radius " << radius;
     }
@@ -222,11 +210,11 @@ TEST(SavitzkyGolayKernel, matchesTheTabulatedRationalWeights) {
     const std::vector<double> five{-3 / 35.0, 12 / 35.0, 17 / 35.0, 12 / 35.0, -3 / 35.0};
     const std::vector<double> seven{-2 / 21.0, 3 / 21.0, 6 / 21.0, 7 / 21.0,
                                     6 / 21.0,  3 / 21.0, -2 / 21.0};
-    EXPECT_TRUE(allClose(savitzkyGolayKernel(2, 2), five, 1e-15));
-    EXPECT_TRUE(allClose(savitzkyGolayKernel(2, 3), five, 1e-15));
-    EXPECT_TRUE(allClose(savitzkyGolayKernel(3, 2), seven, 1e-15));
-    EXPECT_TRUE(allClose(savitzkyGolayKernel(3, 3), seven, 1e-15));
-    EXPECT_TRUE(allClose(savitzkyGolayKernel(4, 1), std::vector<double>(9, 1.0 / 9.0), 1e-15));
+    EXPECT_TRUE(test::allNear(savitzkyGolayKernel(2, 2), five, 1e-15));
+    EXPECT_TRUE(test::allNear(savitzkyGolayKernel(2, 3), five, 1e-15));
+    EXPECT_TRUE(test::allNear(savitzkyGolayKernel(3, 2), seven, 1e-15));
+    EXPECT_TRUE(test::allNear(savitzkyGolayKernel(3, 3), seven, 1e-15));
+    EXPECT_TRUE(test::allNear(savitzkyGolayKernel(4, 1), std::vector<double>(9, 1.0 / 9.0), 1e-15));
 }
 
 TEST(SavitzkyGolayKernel, annihilatesTheMomentsUpToItsOrderForLongWindows) {
@@ -257,7 +245,7 @@ TEST(LocalPolynomialSmooth, reproducesEveryPolynomialUpToTheOrderEndsIncluded) {
         const std::vector<double> x = randomPolynomial(n, order, 100 + order);
         for (std::size_t radius :
              {order + 1, std::size_t{37}, std::size_t{400}, std::size_t{999}, std::size_t{1001}}) {
-            EXPECT_TRUE(allClose(polySmoothed(x, radius, order), x, 1e-10))
+            EXPECT_TRUE(test::allNear(polySmoothed(x, radius, order), x, 1e-10))
                 << "order " << order << ", radius " << radius;
         }
     }
@@ -267,7 +255,7 @@ TEST(LocalPolynomialSmooth, staysExactAtOrderTenInWindowsOfAHundredThousandPoint
     const std::size_t n = 200001;
     const std::vector<double> x = randomPolynomial(n, 10, 7);
     for (std::size_t radius : {50000u, 100000u}) {
-        EXPECT_TRUE(allClose(polySmoothed(x, radius, 10), x, 1e-9)) << "radius " << radius;
+        EXPECT_TRUE(test::allNear(polySmoothed(x, radius, 10), x, 1e-9)) << "radius " << radius;
     }
 }
 
@@ -276,7 +264,7 @@ TEST(LocalPolynomialSmooth, matchesTheDirectWindowFitsOnRandomData) {
     for (std::size_t radius : {1u, 2u, 5u, 24u, 25u, 40u, 149u, 150u, 151u}) {
         for (std::size_t order : {0u, 1u, 2u, 3u, 6u, 10u}) {
             if (order >= radius && radius > 1) continue; // the program keeps order < radius
-            EXPECT_TRUE(allClose(polySmoothed(x, radius, order),
+            EXPECT_TRUE(test::allNear(polySmoothed(x, radius, order),
                                  directLocalPolynomial(x, radius, order), 1e-10))
                 << "radius " << radius << ", order " << order;
         }
@@ -288,7 +276,7 @@ TEST(LocalPolynomialSmooth, matchesTheDirectWindowFitsInWindowsOfOverAThousandPo
     const std::vector<double> x = whiteNoise(1300, 1.0, 12);
     for (std::size_t radius : {499u, 500u}) {
         EXPECT_TRUE(
-            allClose(polySmoothed(x, radius, 10), directLocalPolynomial(x, radius, 10), 1e-10))
+            test::allNear(polySmoothed(x, radius, 10), directLocalPolynomial(x, radius, 10), 1e-10))
             << "radius " << radius;
     }
 }
@@ -306,7 +294,7 @@ TEST(LocalPolynomialSmooth, interiorIsTheFivePointSavitzkyGolayFilter) {
 TEST(LocalPolynomialSmooth, aReversedSeriesGivesTheReversedResult) {
     const std::vector<double> x = whiteNoise(1000, 1.0, 4);
     for (std::size_t radius : {4u, 250u, 501u}) {
-        EXPECT_TRUE(allClose(polySmoothed(reversed(x), radius, 3),
+        EXPECT_TRUE(test::allNear(polySmoothed(reversed(x), radius, 3),
                              reversed(polySmoothed(x, radius, 3)), 1e-12))
             << "radius " << radius;
     }
@@ -316,7 +304,7 @@ TEST(LocalPolynomialSmooth, radiusZeroCopiesAndOrderIsCutToTheWindow) {
     const std::vector<double> x = whiteNoise(40, 1.0, 6);
     EXPECT_EQ(polySmoothed(x, 0, 3), x);
     // Radius 1, order 7: three points, order cut to 2, the fit passes through them.
-    EXPECT_TRUE(allClose(polySmoothed(x, 1, 7), x, 1e-13));
+    EXPECT_TRUE(test::allNear(polySmoothed(x, 1, 7), x, 1e-13));
     // Orders above 10 count as 10.
     EXPECT_EQ(polySmoothed(x, 15, 25), polySmoothed(x, 15, 10));
 }
@@ -336,7 +324,7 @@ TEST(SmoothingDll, kernSmoothTakesItsArgumentsInTheContractOrder) {
     std::int32_t count = 120;
     double radius = 10.0;
     KernSmooth_dll(x.data(), trend.data(), &count, &radius);
-    EXPECT_TRUE(allClose(trend, directKernelSmooth(x, 10.0), 1e-13));
+    EXPECT_TRUE(test::allNear(trend, directKernelSmooth(x, 10.0), 1e-13));
 }
 
 TEST(SmoothingDll, uniStepOrthSmoothTakesItsArgumentsInTheContractOrder) {
@@ -344,11 +332,11 @@ TEST(SmoothingDll, uniStepOrthSmoothTakesItsArgumentsInTheContractOrder) {
     std::vector<double> trend(x.size(), -1.0);
     std::int32_t count = 120, radius = 10, order = 3;
     UniStepOrthSmooth_dll(x.data(), &count, &radius, &order, trend.data());
-    EXPECT_TRUE(allClose(trend, directLocalPolynomial(x, 10, 3), 1e-12));
+    EXPECT_TRUE(test::allNear(trend, directLocalPolynomial(x, 10, 3), 1e-12));
     // A negative order reads as 0: the moving average.
     order = -4;
     UniStepOrthSmooth_dll(x.data(), &count, &radius, &order, trend.data());
-    EXPECT_TRUE(allClose(trend, directLocalPolynomial(x, 10, 0), 1e-12));
+    EXPECT_TRUE(test::allNear(trend, directLocalPolynomial(x, 10, 0), 1e-12));
 }
 
 TEST(SmoothingDll, emptyOrNullArgumentsWriteNothing) {

@@ -5,7 +5,7 @@
 #include "tests/core/mainwindow_fixture.h"
 #include "wavelet/wavebasisform.h"
 #include "wavelet/wavedecform.h"
-#include "wavelet/wavespectform.h"
+#include "wavelet/wavespectraform.h"
 
 #include <cmath>
 
