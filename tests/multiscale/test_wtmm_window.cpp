@@ -191,41 +191,6 @@ TEST_F(WtmmWindow, ClassesThreeAndFourUseTheirOwnPens) {
                          {DrawKind::Segment, W, H, 0, 0, qRgb(0xFF, 0x00, 0xFF), 2, 0}}));
 }
 
-TEST_F(WtmmWindow, ASeparatorLastOfAllEndsTheDrawingAndTheDotTakesThePenBefore) {
-    prepare();
-    // Class 1 ends in a separator and class 2 follows: its first record is set
-    // in the pen of class 1. Class 3 ends in a separator that is the last record.
-    const std::int32_t counts[7] = {3, 2, 3, 0, 0, 0, 0};
-    script(counts,
-           "1 0.5\r\n26 1.5\r\n0 -9999\r\n51 0.5\r\n76 1.0\r\n101 1.0\r\n51 1.5\r\n0 -9999\r\n", 0);
-    RecordShownSurfaces recording;
-    press();
-    ASSERT_TRUE(messages.empty());
-    PlotSurface& graf = *wc().WTMM_Graf;
-    const double W = graf.ScaleWidth(), H = graf.ScaleHeight();
-    EXPECT_TRUE(sameOps(graf.canvas().record(),
-                        {{DrawKind::Cls, 0, 0, 0, 0, 0, 0, 0},
-                         {DrawKind::Segment, 0, H, W / 4, 0, kNavy, 2, 0},
-                         {DrawKind::Dot, W / 2, H, W / 2, H, kNavy, 2, 0},
-                         {DrawKind::Segment, W / 2, H, 0.75 * W, H / 2, kRed, 2, 0},
-                         {DrawKind::Segment, W, H / 2, W / 2, 0, qRgb(0x00, 0xFF, 0x00), 2, 0}}));
-    EXPECT_TRUE(wtmm().Visible());
-    EXPECT_FALSE(scratchLeft());
-}
-
-TEST_F(WtmmWindow, OfTwoOneRecordChainsOnlyTheSecondIsSet) {
-    prepare();
-    const std::int32_t counts[7] = {0, 0, 0, 0, 0, 3, 0};
-    script(counts, "26 0.5\r\n0 -9999\r\n76 1.5\r\n", 0);
-    RecordShownSurfaces recording;
-    press();
-    PlotSurface& graf = *wc().WTMM_Graf;
-    const double W = graf.ScaleWidth();
-    EXPECT_TRUE(
-        sameOps(graf.canvas().record(), {{DrawKind::Cls, 0, 0, 0, 0, 0, 0, 0},
-                                         {DrawKind::Dot, 0.75 * W, 0, 0.75 * W, 0, kCyan, 1, 2}}));
-}
-
 TEST_F(WtmmWindow, TheDetrendedFragmentFillsTheUpperPlot) {
     startIn();
     // A ramp: less its mean it is still a ramp, highest at the end.
