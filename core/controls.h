@@ -12,6 +12,7 @@
 // A change made by the user runs the same handler from Qt's signal.
 #pragma once
 
+#include "core/numtext.h"
 #include "core/twips.h"
 
 #include <QCheckBox>
@@ -25,6 +26,7 @@
 #include <QScrollBar>
 
 #include <functional>
+#include <string>
 #include <utility>
 
 namespace tarnic {
@@ -148,5 +150,11 @@ class Frame : public Control<QGroupBox> {
     explicit Frame(QWidget* parent, const QString& caption = {});
     QString Caption() const { return title(); }
 };
+
+// A std::string (a number text, a file name) as a QString.
+inline QString qs(const std::string& s) { return QString::fromStdString(s); }
+
+// The number a box holds, read as the program reads every typed number.
+inline double boxNumber(const TextBox* box) { return TextNum(box->Text().toStdString()); }
 
 } // namespace tarnic

@@ -98,48 +98,35 @@ void DrawYMarks(Form& window, PlotSurface& surface, int logFlag, MarksFrame& xMa
 
 CursorPair::CursorPair(Setup setup) : s_(std::move(setup)) {}
 
-void CursorPair::HScroll_Left_Change() {
-    if (s_.unloadDependents) s_.unloadDependents();
-    ScrollBar& bar = *s_.barLeft;
-    const double R = bar.Max() - bar.Min();
-    const double W = s_.surface->ScaleWidth();
-    const float x = static_cast<float>(W * (bar.Value() - bar.Min()) / R);
-    const auto [y1, y2] = s_.ySpan(static_cast<float>(s_.surface->ScaleHeight()));
-    LineObject& left = *s_.lineLeft;
-    LineObject& right = *s_.lineRight;
-    left.setX1(x);
-    left.setX2(x);
-    left.setY1(y1);
-    left.setY2(y2);
-    if (left.X1() > right.X1() - s_.gap) {
-        right.setX1(left.X1() + s_.gap);
-        right.setX2(left.X2() + s_.gap);
-        double value = (x + s_.gap) * R / W + bar.Min();
-        value = std::min(value, static_cast<double>(s_.barRight->Max()));
-        s_.barRight->setValue(RoundClamped(value));
-    }
-    if (s_.afterChange) s_.afterChange();
-}
+void CursorPair::HScroll_Left_Change() { follow(true); }
 
-void CursorPair::HScroll_Right_Change() {
+void CursorPair::HScroll_Right_Change() { follow(false); }
+
+void CursorPair::follow(bool leftMoved) {
     if (s_.unloadDependents) s_.unloadDependents();
-    ScrollBar& bar = *s_.barRight;
+    ScrollBar& bar = leftMoved ? *s_.barLeft : *s_.barRight;
+    ScrollBar& otherBar = leftMoved ? *s_.barRight : *s_.barLeft;
     const double R = bar.Max() - bar.Min();
     const double W = s_.surface->ScaleWidth();
     const float x = static_cast<float>(W * (bar.Value() - bar.Min()) / R);
     const auto [y1, y2] = s_.ySpan(static_cast<float>(s_.surface->ScaleHeight()));
-    LineObject& left = *s_.lineLeft;
-    LineObject& right = *s_.lineRight;
-    right.setX1(x);
-    right.setX2(x);
-    right.setY1(y1);
-    right.setY2(y2);
-    if (right.X1() < left.X1() + s_.gap) {
-        left.setX1(right.X1() - s_.gap);
-        left.setX2(right.X2() - s_.gap);
-        double value = (x - s_.gap) * R / W + bar.Min();
-        value = std::max(value, static_cast<double>(s_.barLeft->Min()));
-        s_.barLeft->setValue(RoundClamped(value));
+    LineObject& moved = leftMoved ? *s_.lineLeft : *s_.lineRight;
+    LineObject& other = leftMoved ? *s_.lineRight : *s_.lineLeft;
+    moved.setX1(x);
+    moved.setX2(x);
+    moved.setY1(y1);
+    moved.setY2(y2);
+    // The gap towards the other cursor: to the right of the left one, to the
+    // left of the right one.
+    const float gap = leftMoved ? s_.gap : -s_.gap;
+    const bool tooClose =
+        leftMoved ? moved.X1() > other.X1() - s_.gap : moved.X1() < other.X1() + s_.gap;
+    if (tooClose) {
+        other.setX1(moved.X1() + gap);
+        other.setX2(moved.X2() + gap);
+        const double value = (x + gap) * R / W + bar.Min();
+        otherBar.setValue(RoundClamped(leftMoved ? std::min(value, double(otherBar.Max()))
+                                                 : std::max(value, double(otherBar.Min()))));
     }
     if (s_.afterChange) s_.afterChange();
 }

@@ -84,6 +84,8 @@ class CursorPair {
     void reset();
 
   private:
+    // Moves the cursor of the bar that moved and pushes the other one away.
+    void follow(bool leftMoved);
     Setup s_;
 };
 

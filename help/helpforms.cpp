@@ -5,8 +5,8 @@
 #include "help/helpform.h"
 #include "help/helptext.h"
 #include "help/theory.h"
-#include "multiscale/mfdfahelpform.h"
-#include "multiscale/wtmmhelp.h"
+#include "help/mfdfahelpform.h"
+#include "help/wtmmhelp.h"
 
 namespace tarnic {
 

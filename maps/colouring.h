@@ -3,6 +3,8 @@
 // is text. The drawing of cells and of the colour scale lies in colourscale.h.
 #pragma once
 
+#include "core/numtext.h"
+
 #include <array>
 #include <cstdint>
 #include <functional>
@@ -74,6 +76,16 @@ struct GridHeader {
     std::int32_t ny = 0; // rows (along Y), from the lowest Y up
     std::string xlo, xhi, ylo, yhi, zlo, zhi;
 };
+
+// The header of a map of nx values to a row and ny rows over [xlo, xhi] x
+// [ylo, yhi], its values within [zlo, zhi]: each bound in the precision of the
+// type it is given in.
+template <class X, class Y, class Z>
+GridHeader MapGridHeader(std::int32_t nx, std::int32_t ny, X xlo, X xhi, Y ylo, Y yhi, Z zlo,
+                         Z zhi) {
+    return {nx, ny, NumText(xlo), NumText(xhi), NumText(ylo), NumText(yhi), NumText(zlo),
+            NumText(zhi)};
+}
 
 // The text of grid value (row, column), both 1-based: NumText of the value.
 // WriteGrid calls it from several threads at once.

@@ -18,12 +18,6 @@
 namespace tarnic {
 namespace {
 
-QString qs(const std::string& s) {
-    return QString::fromStdString(s);
-}
-double boxNumber(const TextBox* box) {
-    return TextNum(box->Text().toStdString());
-}
 double lg(double x) {
     return std::log(x) / std::log(10.0);
 }
@@ -293,12 +287,8 @@ void HeisBoxForm::ColorScale_MouseMove(int, int, float, float y) {
 void HeisBoxForm::SaveGRD_Click() {
     const bool detrended = workbench().signalPlot().TrendRadius > 0;
     const std::string N = HeisFileName.toStdString();
-    GridHeader header;
-    header.nx = HeisCols;
-    header.ny = HeisRows;
-    header.xlo = NumText(HeisTmin), header.xhi = NumText(HeisTmax);
-    header.ylo = NumText(HeisLgMin), header.yhi = NumText(HeisLgMax);
-    header.zlo = NumText(HeisZmin), header.zhi = NumText(HeisZmax);
+    const GridHeader header = MapGridHeader(HeisCols, HeisRows, HeisTmin, HeisTmax, HeisLgMin,
+                                            HeisLgMax, HeisZmin, HeisZmax);
     SaveGridFile(
         *ui().SaveGRD, workbench().form1(),
         [&](const std::string& D) {

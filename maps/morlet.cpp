@@ -18,9 +18,6 @@
 namespace tarnic {
 namespace {
 
-QString qs(const std::string& s) {
-    return QString::fromStdString(s);
-}
 
 constexpr double kMapLeft = 1500, kMapTop = 420, kMapWidth = 10500, kMapHeight = 6000;
 constexpr double kScaleLeft = kMapLeft + kMapWidth + 300, kScaleWidth = 450;
@@ -164,12 +161,9 @@ void MorletSvanForm::SaveGRD_Click() {
     Form1& main = workbench().form1();
     const bool detrended = workbench().signalPlot().TrendRadius > 0;
     const std::string N = MorletFileName.toStdString();
-    GridHeader header;
-    header.nx = MorletSamples;
-    header.ny = MorletScales;
-    header.xlo = NumText(MorletTmin), header.xhi = NumText(MorletTmax);
-    header.ylo = NumText(MorletLgMin), header.yhi = NumText(MorletLgMax);
-    header.zlo = NumText(MorletZmin), header.zhi = NumText(MorletZmax);
+    const GridHeader header =
+        MapGridHeader(MorletSamples, MorletScales, MorletTmin, MorletTmax, MorletLgMin,
+                      MorletLgMax, MorletZmin, MorletZmax);
     SaveGridFile(
         *ui().SaveGRD, main,
         [&](const std::string& D) {

@@ -16,12 +16,6 @@
 namespace tarnic {
 namespace {
 
-QString qs(const std::string& s) {
-    return QString::fromStdString(s);
-}
-double typedNumber(const TextBox* box) {
-    return TextNum(box->Text().toStdString());
-}
 
 // Layout in twips: the Y marks, the map and its colour scale on top, the X
 // marks under the map, then the parameters with the two buttons beside them
@@ -183,8 +177,8 @@ void SvanArForm::LaunchSvan_Click() {
     c.SvanArMap->Cls();
     c.SvanArMap->Refresh();
     const Form1Controls& main = workbench().form1().ui();
-    const double dT = typedNumber(main.DeltaT_Text);
-    const double T0 = typedNumber(main.Time0_Text);
+    const double dT = boxNumber(main.DeltaT_Text);
+    const double T0 = boxNumber(main.Time0_Text);
 
     // The fallbacks come from the signal alone, not from the search of Load.
     const std::int32_t defLeng = SvanDefaultLength(SvanSamples);
@@ -266,7 +260,7 @@ void SvanArForm::LaunchSvan_Click() {
 void SvanArForm::SvanArMap_MouseMove(int, int, float x, float y) {
     SvanArFormControls& c = ui();
     const Form1Controls& main = workbench().form1().ui();
-    computeRanges(typedNumber(main.Time0_Text), typedNumber(main.DeltaT_Text));
+    computeRanges(boxNumber(main.Time0_Text), boxNumber(main.DeltaT_Text));
     const auto W = static_cast<float>(c.SvanArMap->ScaleWidth());
     const auto H = static_cast<float>(c.SvanArMap->ScaleHeight());
     const float time = SvanTmin + x * ((SvanTmax - SvanTmin) / W);
@@ -285,15 +279,9 @@ void SvanArForm::ColorScale_MouseMove(int, int, float, float y) {
 void SvanArForm::SaveGRD_Click() {
     SvanArFormControls& c = ui();
     // The map holds natural logarithms; the grid holds base-10 ones.
-    GridHeader header;
-    header.nx = SvanCount;
-    header.ny = SvanHalf - SvanCut + 1;
-    header.xlo = NumText(SvanTmin);
-    header.xhi = NumText(SvanTmax);
-    header.ylo = NumText(SvanFmin);
-    header.yhi = NumText(SvanFmax);
-    header.zlo = NumText(static_cast<double>(SvanZmin) / LnTen());
-    header.zhi = NumText(static_cast<double>(SvanZmax) / LnTen());
+    const GridHeader header = MapGridHeader(
+        SvanCount, SvanHalf - SvanCut + 1, SvanTmin, SvanTmax, SvanFmin, SvanFmax,
+        static_cast<double>(SvanZmin) / LnTen(), static_cast<double>(SvanZmax) / LnTen());
     const std::string N = SvanFileName.toStdString();
     SaveGridFile(
         *c.SaveGRD, workbench().form1(),

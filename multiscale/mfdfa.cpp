@@ -8,7 +8,7 @@
 #include "core/tarniclibrary.h"
 #include "core/workbench.h"
 #include "multiscale/mfdfaform.h"
-#include "multiscale/mfdfahelpform.h"
+#include "help/mfdfahelpform.h"
 #include "multiscale/multiscalelogic.h"
 #include "signal/signalzoomform.h"
 
@@ -17,12 +17,6 @@
 namespace tarnic {
 namespace {
 
-QString qs(const std::string& s) {
-    return QString::fromStdString(s);
-}
-double boxNumber(const TextBox* box) {
-    return TextNum(box->Text().toStdString());
-}
 
 // NumText of a single-precision value without its leading blank.
 std::string bareSingle(float value) {

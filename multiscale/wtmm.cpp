@@ -7,7 +7,7 @@
 #include "core/workbench.h"
 #include "multiscale/multiscalelogic.h"
 #include "multiscale/wtmmform.h"
-#include "multiscale/wtmmhelp.h"
+#include "help/wtmmhelp.h"
 #include "signal/signalzoomform.h"
 
 #include <algorithm>
@@ -16,10 +16,6 @@
 
 namespace tarnic {
 namespace {
-
-QString qs(const std::string& s) {
-    return QString::fromStdString(s);
-}
 
 // The pen of each record class, 1 .. 7.
 struct ClassPen {

@@ -7,7 +7,8 @@
 #   share/tarnic-workbench/examples/           the example signals and their README
 #   share/applications/tarnic-workbench.desktop
 #   share/icons/hicolor/scalable/apps/tarnic-workbench.svg
-#   share/doc/tarnic-workbench/                README, user guide and its pictures
+#   share/metainfo/tarnic-workbench.metainfo.xml  package description and licence
+#   share/doc/tarnic-workbench/                README, LICENSE, user guide and its pictures
 #
 # The program looks for Tarnic.dll in the list of the directory it is started
 # from and loads it from its own folder, so the menu entry starts it with its
@@ -24,7 +25,10 @@ install(TARGETS Tarnic LIBRARY DESTINATION ${TARNIC_INSTALL_APP_DIR})
 install(DIRECTORY ${TARNIC_APP_DIR}/examples/ DESTINATION ${TARNIC_INSTALL_DATA_DIR}/examples)
 install(FILES ${CMAKE_SOURCE_DIR}/packaging/tarnic-workbench.svg
         DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps)
-install(FILES ${CMAKE_SOURCE_DIR}/README.md ${CMAKE_SOURCE_DIR}/docs/USER_GUIDE.md
+install(FILES ${CMAKE_SOURCE_DIR}/packaging/tarnic-workbench.metainfo.xml
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/metainfo)
+install(FILES ${CMAKE_SOURCE_DIR}/README.md ${CMAKE_SOURCE_DIR}/LICENSE
+              ${CMAKE_SOURCE_DIR}/docs/USER_GUIDE.md ${CMAKE_SOURCE_DIR}/docs/THIRD_PARTY.md
         DESTINATION ${TARNIC_INSTALL_DOC_DIR})
 install(DIRECTORY ${CMAKE_SOURCE_DIR}/docs/images DESTINATION ${TARNIC_INSTALL_DOC_DIR})
 

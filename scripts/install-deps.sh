@@ -1,15 +1,19 @@
 #!/usr/bin/env bash
-# Installs the Debian packages the workbench needs to build and test, if any is
-# missing. Needs root for apt-get; otherwise it names what to install.
+# Installs the Debian packages the workbench needs to build, if any is missing;
+# with --tests also those the tests and benchmarks need. Needs root for
+# apt-get; otherwise it names what to install.
+#   install-deps.sh [--tests]
 set -euo pipefail
 
 packages=(
     build-essential cmake ninja-build pkg-config
-    qt6-base-dev libgl-dev
+    qt6-base-dev qt6-svg-dev libgl-dev
     libfftw3-dev libeigen3-dev
-    libgtest-dev libgmock-dev libbenchmark-dev
     fonts-dejavu-core fonts-dejavu-extra
 )
+if [ "${1:-}" = "--tests" ]; then
+    packages+=(libgtest-dev libgmock-dev libbenchmark-dev)
+fi
 
 missing=()
 for p in "${packages[@]}"; do

@@ -9,17 +9,15 @@
 #include "core/workbench.h"
 #include "maps/heisboxform.h"
 #include "multiscale/mfdfaform.h"
-#include "multiscale/mfdfahelpform.h"
+#include "help/mfdfahelpform.h"
 #include "multiscale/wtmmform.h"
-#include "multiscale/wtmmhelp.h"
+#include "help/wtmmhelp.h"
 #include "signal/signalzoomform.h"
 #include "signal/trendlogic.h"
 
 namespace tarnic {
 namespace {
 
-QString qs(const std::string& s) { return QString::fromStdString(s); }
-double typedNumber(const TextBox* box) { return TextNum(box->Text().toStdString()); }
 
 // Layout in twips: the plot and its cursors on top, the trend controls under it
 // on the left, the fragment button on the right.
@@ -200,7 +198,7 @@ void SignalPlot::ReDrawButton_Click() {
     workbench().wtmmForm().Unload();
     workbench().wtmmHelp().Unload();
 
-    TrendRadius = ClampTrendRadius(typedNumber(c.SmoothRad), SignalLength);
+    TrendRadius = ClampTrendRadius(boxNumber(c.SmoothRad), SignalLength);
     c.SmoothRad->setText(qs(NumText(TrendRadius)));
     PlotSurface& graf = *c.TimeSeriesGraf;
     graf.Cls();
@@ -217,7 +215,7 @@ void SignalPlot::ReDrawButton_Click() {
     c.SaveTrendButton->setEnabled(false);
     std::int32_t count = SignalLength;
     if (c.LocPolynomOption->Value()) {
-        std::int32_t order = ClampTrendOrder(typedNumber(c.TrendPolynomOrder), TrendRadius);
+        std::int32_t order = ClampTrendOrder(boxNumber(c.TrendPolynomOrder), TrendRadius);
         c.TrendPolynomOrder->setText(qs(NumText(order)));
         dll::UniStepOrthSmooth_dll(SignalWide.first(), count, TrendRadius, order, Trend.first());
     } else {
@@ -326,7 +324,7 @@ void SignalPlot::SaveTrendButton_Click() {
     const double dT = TextNum(main.DeltaT_Text->Text().toStdString());
     const double T0 = TextNum(main.Time0_Text->Text().toStdString());
     const std::string order =
-        c.LocPolynomOption->Value() ? NumText(typedNumber(c.TrendPolynomOrder)) : std::string();
+        c.LocPolynomOption->Value() ? NumText(boxNumber(c.TrendPolynomOrder)) : std::string();
     const std::string stem = SignalFilePath.toStdString();
     const std::string radius = NumText(TrendRadius);
     auto save = [&](const std::string& name, auto value) {

@@ -12,7 +12,6 @@
 namespace tarnic {
 namespace {
 
-QString qs(const std::string& s) { return QString::fromStdString(s); }
 
 Button* button(QWidget* parent, const QString& caption, double l, double t, double w, double h) {
     auto* b = new Button(parent, caption);

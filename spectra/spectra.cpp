@@ -18,13 +18,6 @@
 #include <thread>
 
 namespace tarnic {
-namespace {
-
-QString qs(const std::string& s) { return QString::fromStdString(s); }
-double typedNumber(const TextBox* box) { return TextNum(box->Text().toStdString()); }
-
-} // namespace
-
 void Form1::LaunchButton_Click() {
     Form1Controls& c = ui();
     DisableWorkGroup();
@@ -34,17 +27,17 @@ void Form1::LaunchButton_Click() {
     workbench().bandPassForm().Unload();
 
     // Each box is read, clamped and shows its value before the next is read.
-    LengAR = ClampWindowLength(typedNumber(c.AR_Length_Text), Nrec);
+    LengAR = ClampWindowLength(boxNumber(c.AR_Length_Text), Nrec);
     c.AR_Length_Text->setText(qs(NumText(LengAR)));
-    Nar = ClampArOrder(typedNumber(c.AR_OrderText), LengAR);
+    Nar = ClampArOrder(boxNumber(c.AR_OrderText), LengAR);
     c.AR_OrderText->setText(qs(NumText(Nar)));
-    LengF = ClampWindowLength(typedNumber(c.TimeLengText), Nrec);
+    LengF = ClampWindowLength(boxNumber(c.TimeLengText), Nrec);
     c.TimeLengText->setText(qs(NumText(LengF)));
-    MM = ClampRadius(typedNumber(c.RadiusText), LengF);
+    MM = ClampRadius(boxNumber(c.RadiusText), LengF);
     c.RadiusText->setText(qs(NumText(MM)));
-    DeltaT = ClampDeltaT(typedNumber(c.DeltaT_Text));
+    DeltaT = ClampDeltaT(boxNumber(c.DeltaT_Text));
     c.DeltaT_Text->setText(qs(NumText(DeltaT)));
-    c.Time0_Text->setText(qs(NumText(typedNumber(c.Time0_Text))));
+    c.Time0_Text->setText(qs(NumText(boxNumber(c.Time0_Text))));
 
     FftLengAR = TransformSize(LengAR);
     NfAR = FftLengAR / 2;

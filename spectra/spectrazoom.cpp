@@ -15,7 +15,6 @@
 namespace tarnic {
 namespace {
 
-QString qs(const std::string& s) { return QString::fromStdString(s); }
 
 constexpr double kZoomLeft = 1500, kZoomTop = 480, kZoomWidth = 8400, kZoomHeight = 5160;
 

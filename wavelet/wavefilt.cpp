@@ -14,12 +14,6 @@
 namespace tarnic {
 namespace {
 
-QString qs(const std::string& s) {
-    return QString::fromStdString(s);
-}
-double boxNumber(const TextBox* box) {
-    return TextNum(box->Text().toStdString());
-}
 
 Button* button(QWidget* parent, const QString& caption, double l, double t, double w, double h) {
     auto* b = new Button(parent, caption);

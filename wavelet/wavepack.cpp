@@ -15,13 +15,6 @@
 #include <cmath>
 
 namespace tarnic {
-namespace {
-
-QString qs(const std::string& s) { return QString::fromStdString(s); }
-double boxNumber(const TextBox* box) { return TextNum(box->Text().toStdString()); }
-
-} // namespace
-
 // ---- Form1: the options, the level and the decomposition ----
 
 void Form1::WaveletChoice_Change() {

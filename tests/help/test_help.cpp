@@ -3,8 +3,8 @@
 #include "help/blockschemeform.h"
 #include "help/helpform.h"
 #include "help/theory.h"
-#include "multiscale/mfdfahelpform.h"
-#include "multiscale/wtmmhelp.h"
+#include "help/mfdfahelpform.h"
+#include "help/wtmmhelp.h"
 #include "tests/core/mainwindow_fixture.h"
 
 using namespace tarnic;

@@ -39,6 +39,10 @@ routines="$(nm -D --defined-only "$path_line/Tarnic.dll" | awk '{print $3}' | gr
 [[ "$(readlink -f "$prefix/bin/tarnic-workbench")" == "$(readlink -f "$exec_line")" ]] || fail "bin/ link goes elsewhere"
 [[ -f "$prefix/share/icons/hicolor/scalable/apps/tarnic-workbench.svg" ]] || fail "no icon"
 [[ -f "$prefix/share/doc/tarnic-workbench/USER_GUIDE.md" ]] || fail "no user guide"
+[[ -f "$prefix/share/doc/tarnic-workbench/LICENSE" ]] || fail "no licence text"
+grep -qx 'X-License=GPL-3.0-or-later' "$desktop" || fail "the menu entry names no licence"
+grep -q '<project_license>GPL-3.0-or-later</project_license>' \
+    "$prefix/share/metainfo/tarnic-workbench.metainfo.xml" || fail "no package description with its licence"
 
 # Nothing installed points back into the build tree.
 for f in "$exec_line" "$path_line/Tarnic.dll"; do

@@ -4,7 +4,7 @@
 #include "core/form1.h"
 #include "core/numtext.h"
 #include "multiscale/mfdfaform.h"
-#include "multiscale/mfdfahelpform.h"
+#include "help/mfdfahelpform.h"
 #include "multiscale/multiscalelogic.h"
 #include "tests/multiscale/multiscale_fixture.h"
 

@@ -4,7 +4,7 @@
 #include "core/numtext.h"
 #include "multiscale/multiscalelogic.h"
 #include "multiscale/wtmmform.h"
-#include "multiscale/wtmmhelp.h"
+#include "help/wtmmhelp.h"
 #include "tests/multiscale/multiscale_fixture.h"
 
 #include <cmath>

@@ -10,9 +10,9 @@
 #include "maps/morletsvanform.h"
 #include "maps/svanarform.h"
 #include "multiscale/mfdfaform.h"
-#include "multiscale/mfdfahelpform.h"
+#include "help/mfdfahelpform.h"
 #include "multiscale/wtmmform.h"
-#include "multiscale/wtmmhelp.h"
+#include "help/wtmmhelp.h"
 #include "signal/signalplot.h"
 #include "signal/signalzoomform.h"
 #include "spectra/bandpassform.h"
@@ -27,10 +27,6 @@
 #include <new>
 
 namespace tarnic {
-namespace {
-QString qs(const std::string& s) { return QString::fromStdString(s); }
-} // namespace
-
 void Form1::commonRejection() {
     Form1Controls& c = ui();
     c.FrameSpectraView->setEnabled(false);
