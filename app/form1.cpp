@@ -2,9 +2,13 @@
 // the folders of the windows they open, and the end of the program.
 #include "core/form1.h"
 
+#include "app/steps.h"
+#include "core/msgbox.h"
 #include "core/workbench.h"
 #include "spectra/bandpassform.h"
 #include "spectra/spectrazoomform.h"
+
+#include <QFileInfo>
 
 namespace tarnic {
 
@@ -56,5 +60,15 @@ void Form1::connectHandlers() {
 void Form1::Form_Unload() { workbench().end(); }
 
 void Form1::ExitButton_Click() { workbench().end(); }
+
+void Form1::Form_FileDrop(const QStringList& paths) {
+    const QFileInfo file(paths.first());
+    if (paths.size() > 1)
+        MsgBox(QString::number(paths.size()) + " files were dropped; only the first is opened:\r\n" +
+                   file.fileName(),
+               "Open File");
+    if (!OpenFromBrowser(workbench(), file))
+        showMessage("The dropped file <" + file.fileName() + "> is not in the file list");
+}
 
 } // namespace tarnic

@@ -173,7 +173,7 @@ void Form1::File1_DblClick() {
         // Hand the signal and the name stems to the other windows.
         plot.SignalCopy = Signal;
         pic.setEnabled(true);
-        const QString stem = c.Dir1->Path() + "/" + InFileName;
+        const QString stem = OutputFolder() + "/" + InFileName;
         wb.svanArForm().SvanSignal = Signal;
         wb.svanArForm().SvanNrec = Nrec;
         wb.bandPassForm().BpfBaseName = stem + "-BPF(";

@@ -8,6 +8,18 @@
 #include <cmath>
 
 namespace tarnic {
+namespace {
+
+template <class PenLike> QPen penOf(const PenLike& pen, bool cosmetic) {
+    QPen qpen(QColor::fromRgb(pen.color));
+    qpen.setWidth(std::max(1, pen.width));
+    qpen.setCosmetic(cosmetic);
+    qpen.setStyle(pen.style == 1 ? Qt::DashLine : pen.style == 2 ? Qt::DotLine : Qt::SolidLine);
+    qpen.setCapStyle(pen.width > 1 ? Qt::RoundCap : Qt::SquareCap);
+    return qpen;
+}
+
+} // namespace
 
 Canvas::Canvas() { resize(1, 1); }
 Canvas::~Canvas() { endPainter(); }
@@ -15,8 +27,25 @@ Canvas::~Canvas() { endPainter(); }
 void Canvas::resize(int pixelWidth, int pixelHeight) {
     endPainter();
     run_.clear();
+    clearItems();
     image_ = QImage(std::max(1, pixelWidth), std::max(1, pixelHeight), QImage::Format_RGB32);
     image_.fill(BackColor);
+}
+
+void Canvas::clearItems() {
+    items_.clear();
+    cellLayers_.clear();
+}
+
+QImage* Canvas::cellLayer() {
+    if (items_.empty() || items_.back().kind != Item::Kind::Cells) {
+        if (cellLayers_.size() < kMaxCellLayers) {
+            cellLayers_.emplace_back(image_.size(), QImage::Format_ARGB32);
+            cellLayers_.back().fill(Qt::transparent);
+        }
+        items_.push_back({Item::Kind::Cells, {}, {}, {}, cellLayers_.size() - 1});
+    }
+    return &cellLayers_[items_.back().layer];
 }
 
 double Canvas::ScaleWidth() const { return pixelsToTwips(image_.width()); }
@@ -45,6 +74,7 @@ void Canvas::endPainter() {
 void Canvas::Cls() {
     note(DrawKind::Cls, 0, 0, 0, 0);
     run_.clear();
+    clearItems();
     endPainter();
     image_.fill(BackColor);
     ++painted_;
@@ -54,7 +84,7 @@ void Canvas::Line(int flag, double x1, double y1, double x2, double y2, int /*co
     if (flag == kLineFilledBox) {
         note(DrawKind::Box, x1, y1, x2, y2);
         flushRun();
-        fillBox(x1, y1, x2, y2, ForeColor.rgb());
+        fillBox(x1, y1, x2, y2, ForeColor.rgb(), cellLayer());
         return;
     }
     note(DrawKind::Segment, x1, y1, x2, y2);
@@ -78,9 +108,14 @@ void Canvas::PSet(int /*flag*/, double x, double y, int /*color*/) {
     const double tpp = twipsPerPixel();
     if (DrawWidth <= 2) {
         const double size = std::max(1, DrawWidth) * tpp;
-        fillBox(x - size / 2, y - size / 2, size, size, ForeColor.rgb());
+        const QRect pixels = fillBox(x - size / 2, y - size / 2, size, size, ForeColor.rgb(), nullptr);
+        if (!pixels.isEmpty())
+            items_.push_back({Item::Kind::SquareDot, {ForeColor.rgb(), DrawWidth, 0}, {}, QRectF(pixels)});
         return;
     }
+    items_.push_back({Item::Kind::RoundDot, {ForeColor.rgb(), DrawWidth, 0}, {},
+                      QRectF(x / tpp - DrawWidth / 2.0, y / tpp - DrawWidth / 2.0, DrawWidth,
+                             DrawWidth)});
     // A wide pen sets a round dot.
     QPainter& p = painter();
     p.setRenderHint(QPainter::Antialiasing, true);
@@ -92,7 +127,7 @@ void Canvas::PSet(int /*flag*/, double x, double y, int /*color*/) {
     ++painted_;
 }
 
-void Canvas::fillBox(double x, double y, double w, double h, QRgb color) {
+QRect Canvas::fillBox(double x, double y, double w, double h, QRgb color, QImage* layer) {
     endPainter();
     const double tpp = twipsPerPixel();
     double x0 = x / tpp, x1 = (x + w) / tpp, y0 = y / tpp, y1 = (y + h) / tpp;
@@ -108,12 +143,17 @@ void Canvas::fillBox(double x, double y, double w, double h, QRgb color) {
     r0 = std::max(r0, 0);
     c1 = std::min(c1, image_.width());
     r1 = std::min(r1, image_.height());
-    if (c0 >= c1 || r0 >= r1) return;
+    if (c0 >= c1 || r0 >= r1) return {};
     for (int r = r0; r < r1; ++r) {
         auto* line = reinterpret_cast<QRgb*>(image_.scanLine(r));
         std::fill(line + c0, line + c1, color);
+        if (layer) {
+            auto* cells = reinterpret_cast<QRgb*>(layer->scanLine(r));
+            std::fill(cells + c0, cells + c1, qRgba(qRed(color), qGreen(color), qBlue(color), 255));
+        }
     }
     ++painted_;
+    return QRect(c0, r0, c1 - c0, r1 - r0);
 }
 
 void Canvas::flushRun() {
@@ -146,20 +186,49 @@ void Canvas::flushRun() {
         run_.clear();
     }
     QPainter& p = painter();
-    QPen pen(QColor::fromRgb(runPen_.color));
-    pen.setWidth(std::max(1, runPen_.width));
-    pen.setCosmetic(true);
-    pen.setStyle(runPen_.style == 1 ? Qt::DashLine : runPen_.style == 2 ? Qt::DotLine : Qt::SolidLine);
-    pen.setCapStyle(runPen_.width > 1 ? Qt::RoundCap : Qt::SquareCap);
-    p.setPen(pen);
+    p.setPen(penOf(runPen_, true));
     p.drawPolyline(points.data(), static_cast<int>(points.size()));
     ++painted_;
+    items_.push_back({Item::Kind::Polyline, runPen_, std::move(points), {}});
 }
 
 const QImage& Canvas::image() {
     flushRun();
     endPainter();
     return image_;
+}
+
+void Canvas::replay(QPainter& p, bool background) {
+    flushRun();
+    p.save();
+    p.setRenderHint(QPainter::Antialiasing, false);
+    p.setRenderHint(QPainter::SmoothPixmapTransform, false);
+    const QRectF area(0, 0, image_.width(), image_.height());
+    if (background) p.fillRect(area, BackColor);
+    for (const Item& item : items_) {
+        switch (item.kind) {
+        case Item::Kind::Polyline:
+            // Not cosmetic: a scaled picture widens its lines with it.
+            p.setPen(penOf(item.pen, false));
+            p.setBrush(Qt::NoBrush);
+            p.drawPolyline(item.points.data(), static_cast<int>(item.points.size()));
+            break;
+        case Item::Kind::SquareDot:
+            p.fillRect(item.rect, QColor::fromRgb(item.pen.color));
+            break;
+        case Item::Kind::RoundDot:
+            p.setRenderHint(QPainter::Antialiasing, true);
+            p.setPen(Qt::NoPen);
+            p.setBrush(QColor::fromRgb(item.pen.color));
+            p.drawEllipse(item.rect);
+            p.setRenderHint(QPainter::Antialiasing, false);
+            break;
+        case Item::Kind::Cells:
+            p.drawImage(area, cellLayers_[item.layer]);
+            break;
+        }
+    }
+    p.restore();
 }
 
 } // namespace tarnic

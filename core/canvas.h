@@ -9,6 +9,13 @@
 // picture is the same as drawing every segment); filled boxes are written straight
 // into the image's scan lines, so a map cell smaller than a pixel costs a few
 // memory writes rather than a painter call.
+//
+// Beside the image the canvas keeps what it drew as drawing items: each
+// polyline as drawn (already reduced per pixel column, so its size follows the
+// pixels, not the samples), each dot, and the filled boxes gathered into cell
+// layers, images of the canvas's size. `replay` draws them again through any
+// painter: a picture at twice the resolution, or an SVG or PDF whose lines are
+// vectors and whose maps are images.
 #pragma once
 
 #include <QColor>
@@ -70,6 +77,10 @@ class Canvas {
     // The finished picture (pending runs drawn first).
     const QImage& image();
 
+    // Draws the content again through `painter`, in the canvas's pixel
+    // coordinates from (0, 0), on its background colour when `background`.
+    void replay(QPainter& painter, bool background = true);
+
   private:
     struct Pen {
         QRgb color;
@@ -80,10 +91,28 @@ class Canvas {
     QPainter& painter();
     void endPainter();
     void flushRun();
-    void fillBox(double x, double y, double w, double h, QRgb color);
+    // Fills the pixels of a box given in twips; returns them (empty if none).
+    QRect fillBox(double x, double y, double w, double h, QRgb color, QImage* layer);
     void note(DrawKind kind, double x1, double y1, double x2, double y2);
 
+    // A drawing item: a polyline with its pen, a dot (a square of `rect`, or a
+    // round one for a wide pen), or the cell layer `layer`.
+    struct Item {
+        enum class Kind { Polyline, SquareDot, RoundDot, Cells } kind;
+        Pen pen;
+        std::vector<QPointF> points;
+        QRectF rect;
+        std::size_t layer = 0;
+    };
+    // Cell layers beyond this many take all further boxes, so that maps with
+    // lines drawn between their boxes cost bounded memory.
+    static constexpr std::size_t kMaxCellLayers = 4;
+    void clearItems();
+    QImage* cellLayer();
+
     QImage image_;
+    std::vector<Item> items_;
+    std::vector<QImage> cellLayers_;
     std::unique_ptr<QPainter> painter_;
     std::vector<QPointF> run_; // pixels
     Pen runPen_{};

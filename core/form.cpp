@@ -5,13 +5,38 @@
 
 #include <QCloseEvent>
 #include <QCoreApplication>
+#include <QDropEvent>
+#include <QMimeData>
 #include <QPainter>
+#include <QUrl>
 
 namespace tarnic {
 
 FormWindow::FormWindow(Form& form) : QWidget(nullptr), form_(form) {
     setAttribute(Qt::WA_DeleteOnClose, false);
     setMouseTracking(true);
+    setAcceptDrops(form.AcceptsFileDrops());
+}
+
+namespace {
+QStringList localFiles(const QMimeData* data) {
+    QStringList paths;
+    if (data && data->hasUrls())
+        for (const QUrl& url : data->urls())
+            if (url.isLocalFile()) paths << url.toLocalFile();
+    return paths;
+}
+} // namespace
+
+void FormWindow::dragEnterEvent(QDragEnterEvent* event) {
+    if (!localFiles(event->mimeData()).isEmpty()) event->acceptProposedAction();
+}
+
+void FormWindow::dropEvent(QDropEvent* event) {
+    const QStringList paths = localFiles(event->mimeData());
+    if (paths.isEmpty()) return;
+    event->acceptProposedAction();
+    form_.Form_FileDrop(paths);
 }
 
 void FormWindow::mouseMoveEvent(QMouseEvent* event) {

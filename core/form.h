@@ -19,6 +19,7 @@
 
 #include <QPointer>
 #include <QString>
+#include <QStringList>
 #include <QWidget>
 
 #include <memory>
@@ -40,6 +41,8 @@ class FormWindow : public QWidget {
     void closeEvent(QCloseEvent* event) override;
     void changeEvent(QEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
 
   private:
     Form& form_;
@@ -86,6 +89,10 @@ class Form {
     virtual void Form_Unload() {}
     // The pointer moves over the window itself, outside its controls.
     virtual void Form_MouseMove() {}
+    // Files dragged from a file manager and dropped on the window (local paths,
+    // in the order given); only a window that says it accepts them gets them.
+    virtual bool AcceptsFileDrops() const { return false; }
+    virtual void Form_FileDrop(const QStringList& /*paths*/) {}
     // Sets the window's inner size in twips (called from createControls).
     void setClientSize(double width, double height);
 

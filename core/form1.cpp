@@ -292,6 +292,10 @@ void Form1::Picture1_MouseMove(int, int, float x, float y) {
     pic.setToolTipText(head + QString::fromStdString(number));
 }
 
+QString Form1::OutputFolder() const {
+    return OutputRedirect.isEmpty() ? ui_->Dir1->Path() : OutputRedirect;
+}
+
 void Form1::showMessage(const QString& text) {
     Form1Controls& c = ui();
     c.MessLineLabel->setVisible(true);

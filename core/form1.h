@@ -94,6 +94,12 @@ class Form1 : public FormOf<Form1Controls> {
     float SignalMin = 0, SignalMax = 0, SignalRange = 0;
     QString InFileName;
     QString InFilePath;
+    // Where results go instead of the data file's folder; empty (the window's
+    // way) but for the batch tool's --out.
+    QString OutputRedirect;
+    // The folder below which every result is written: the data file's folder,
+    // Dir1's path while a signal is loaded, unless redirected.
+    QString OutputFolder() const;
     Array1<std::int16_t> PathCodes;
     std::int32_t PathLen = 0;
     std::int32_t LevPow = 0, LevPowLength = 0, LevMax = 0;
@@ -150,6 +156,10 @@ class Form1 : public FormOf<Form1Controls> {
     void connectHandlers() override;
     void Form_Load() override;
     void Form_Unload() override;
+    // A dropped file opens as a double-click on it in File1 would, after the
+    // browser has moved to its folder; of several, the first, with a word.
+    bool AcceptsFileDrops() const override { return true; }
+    void Form_FileDrop(const QStringList& paths) override;
 
   private:
     void showMessage(const QString& text);

@@ -9,16 +9,49 @@
 #include <filesystem>
 #include <system_error>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 namespace tarnic {
 namespace fs = std::filesystem;
+namespace {
+
+std::function<void(const std::string&)> finishedObserver;
+
+// The permissions a file created by the program gets, as the umask allows.
+mode_t newFileMode() {
+    static const mode_t mode = [] {
+        const mode_t mask = ::umask(0);
+        ::umask(mask);
+        return static_cast<mode_t>(0666 & ~mask);
+    }();
+    return mode;
+}
+
+} // namespace
+
+void setFinishedFileObserver(std::function<void(const std::string&)> observer) {
+    finishedObserver = std::move(observer);
+}
 
 OutputFile::OutputFile(std::string path) : path_(std::move(path)) {
+    // The temporary name is short and unique whatever the final name: a final
+    // name as long as the system allows can still be written, and two programs
+    // writing into one folder never meet.
     const fs::path final(path_);
     const fs::path dir = final.has_parent_path() ? final.parent_path() : fs::path(".");
-    temporary_ = (dir / ("." + final.filename().string() + ".writing")).string();
-    file_ = std::fopen(temporary_.c_str(), "wb");
+    std::string pattern = (dir / ".tarnic-XXXXXX").string();
+    const int fd = ::mkstemp(pattern.data());
+    if (fd < 0) {
+        fail("cannot be created");
+        return;
+    }
+    temporary_ = pattern;
+    ::fchmod(fd, newFileMode());
+    file_ = ::fdopen(fd, "wb");
     if (!file_) {
         fail("cannot be created");
+        ::close(fd);
         return;
     }
     std::setvbuf(file_, nullptr, _IOFBF, 1 << 20);
@@ -74,7 +107,8 @@ bool OutputFile::close() {
         fs::rename(temporary_, path_, ec);
         if (ec) error_ = "cannot be renamed into place: " + ec.message();
     }
-    if (failed()) fs::remove(temporary_, ec);
+    if (failed() && !temporary_.empty()) fs::remove(temporary_, ec);
+    if (!failed() && finishedObserver) finishedObserver(path_);
     return !failed();
 }
 

@@ -1,8 +1,8 @@
 // Output text files, written whole or not at all.
 //
 // An OutputFile is opened for output (an old file of the same name is replaced,
-// never appended to). Its text goes to a hidden temporary file beside the final
-// name and is renamed over the final name only when everything was written, so
+// never appended to). Its text goes to a hidden temporary file of a short unique
+// name (".tarnic-XXXXXX") in the final name's folder and is renamed over the final name only when everything was written, so
 // a failure (a full disk, a read-only directory, a name the system refuses)
 // never leaves a half-written file under the final name.
 //
@@ -53,6 +53,11 @@ class OutputFile {
     std::string error_;
     bool closed_ = false;
 };
+
+// Calls `observer` with the final path of every file that close() finished,
+// in the order they were finished (the batch tool lists what a run wrote); an
+// empty function stops it.
+void setFinishedFileObserver(std::function<void(const std::string&)> observer);
 
 // Creates the sub-directory `name` of `directory`; that it exists already is no
 // failure. Returns false only when it cannot be made.

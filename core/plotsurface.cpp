@@ -1,7 +1,16 @@
 #include "core/plotsurface.h"
 
+#include "core/msgbox.h"
+#include "core/picture.h"
+
+#include <QContextMenuEvent>
+#include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QMenu>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QSettings>
 #include <QToolTip>
 
 namespace tarnic {
@@ -63,6 +72,16 @@ void PlotSurface::paintEvent(QPaintEvent* event) {
     repaintScheduled_ = false;
     QFrame::paintEvent(event);
     QPainter p(this);
+    if (DrawingPicture()) {
+        // A picture replays the drawing and leaves the cursors out.
+        p.save();
+        p.translate(1, 1);
+        canvas_.replay(p);
+        p.restore();
+        p.setPen(palette().color(QPalette::Mid));
+        p.drawRect(rect().adjusted(0, 0, -1, -1));
+        return;
+    }
     p.drawImage(QPoint(1, 1), canvas_.image());
     const double tpp = twipsPerPixel();
     for (const auto& line : lines_) {
@@ -83,6 +102,25 @@ void PlotSurface::mouseMoveEvent(QMouseEvent* event) {
               static_cast<float>(pos.x() * tpp), static_cast<float>(pos.y() * tpp));
     if (underMouse() && !toolTip().isEmpty())
         QToolTip::showText(event->globalPosition().toPoint(), toolTip(), this);
+}
+
+void PlotSurface::contextMenuEvent(QContextMenuEvent* event) {
+    QWidget& window = *this->window();
+    QMenu menu(this);
+    QAction* save = menu.addAction("Save Picture...");
+    QAction* copy = menu.addAction("Copy Picture");
+    QAction* chosen = menu.exec(event->globalPos());
+    if (chosen == copy) CopyPicture(window);
+    if (chosen != save) return;
+    // The dialog opens where the last picture went.
+    QSettings settings;
+    const QString folder = settings.value("pictures/folder", QDir::homePath()).toString();
+    const QString path = QFileDialog::getSaveFileName(&window, "Save Picture",
+                                                      folder + "/picture.png", kPictureFilter);
+    if (path.isEmpty()) return;
+    settings.setValue("pictures/folder", QFileInfo(path).absolutePath());
+    const QString failure = SavePicture(window, path);
+    if (!failure.isEmpty()) MsgBox("The picture was not saved:\r\n" + path + "\r\n" + failure, "Save Picture");
 }
 
 void PlotSurface::mouseDoubleClickEvent(QMouseEvent* event) {

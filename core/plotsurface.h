@@ -74,6 +74,8 @@ class PlotSurface : public Control<QFrame> {
     void paintEvent(QPaintEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
+    // "Save Picture..." and "Copy Picture" of the window's plots (core/picture.h).
+    void contextMenuEvent(QContextMenuEvent* event) override;
 
   private:
     friend class LineObject;

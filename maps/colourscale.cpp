@@ -30,7 +30,7 @@ void SaveGridFile(Button& saveGRD, Form1& main,
                   const GridHeader& header, const GridValueText& value) {
     saveGRD.setEnabled(false);
     Form1Controls& c = main.ui();
-    const std::string D = c.Dir1->Path().toStdString();
+    const std::string D = main.OutputFolder().toStdString();
     makeSubdirectory(D, kGridDir);
     WriteGrid(fileName(D), header, value);
     c.Dir1->Refresh();

@@ -171,7 +171,7 @@ void MorletSvanForm::SaveGRD_Click() {
         },
         header, RowMajorValues(MorletMap.vector().data(), MorletSamples));
     // The wavelet spectrum, <Period, WaveCoeff.^2>; failures are passed over.
-    const std::string D = main.ui().Dir1->Path().toStdString();
+    const std::string D = main.OutputFolder().toStdString();
     makeSubdirectory(D, kSpectraDir);
     OutputFile file(names::MorletSpectrum(D, N, MorletTmin, MorletTmax, detrended));
     for (int i = 1; i <= MorletScales; ++i) {

@@ -287,7 +287,7 @@ void MFDFA_form::SaveFalfa_button_Click() {
     MFDFA_formControls& c = ui();
     Form1Controls& main = workbench().form1().ui();
     // Every failing step of the save is passed over silently.
-    const std::string D = main.Dir1->Path().toStdString();
+    const std::string D = workbench().form1().OutputFolder().toStdString();
     makeSubdirectory(D, kSpectraDir);
     OutputFile file(names::SingularitySpectrum(D, MfdfaFileName.toStdString(), MfdfaTmin, MfdfaTmax));
     file.print(SingularitySpectrumText(DetrendOrder, MeasureType, MinScale, MaxScale, Alfa.span(),

@@ -1,7 +1,9 @@
 # Where an installed workbench lives, following the layout Linux users expect:
 #
 #   bin/tarnic-workbench                       link to the program, for a shell
+#   bin/tarnic                                 link to the batch tool
 #   lib/tarnic-workbench/tarnic-workbench      the program
+#   lib/tarnic-workbench/tarnic                the batch tool
 #   lib/tarnic-workbench/Tarnic.dll            its numeric library, beside it
 #   lib/tarnic-workbench/examples              link to the examples
 #   share/tarnic-workbench/examples/           the example signals and their README
@@ -20,7 +22,7 @@ set(TARNIC_INSTALL_APP_DIR ${CMAKE_INSTALL_LIBDIR}/tarnic-workbench)
 set(TARNIC_INSTALL_DATA_DIR ${CMAKE_INSTALL_DATADIR}/tarnic-workbench)
 set(TARNIC_INSTALL_DOC_DIR ${CMAKE_INSTALL_DATADIR}/doc/tarnic-workbench)
 
-install(TARGETS tarnic-workbench RUNTIME DESTINATION ${TARNIC_INSTALL_APP_DIR})
+install(TARGETS tarnic-workbench tarnic RUNTIME DESTINATION ${TARNIC_INSTALL_APP_DIR})
 install(TARGETS Tarnic LIBRARY DESTINATION ${TARNIC_INSTALL_APP_DIR})
 install(DIRECTORY ${TARNIC_APP_DIR}/examples/ DESTINATION ${TARNIC_INSTALL_DATA_DIR}/examples)
 install(FILES ${CMAKE_SOURCE_DIR}/packaging/tarnic-workbench.svg
@@ -42,6 +44,9 @@ install(CODE "
     file(RELATIVE_PATH to_program \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR}\"
          \"\${app_dir}/tarnic-workbench\")
     file(CREATE_LINK \"\${to_program}\" \"\${root}/${CMAKE_INSTALL_BINDIR}/tarnic-workbench\" SYMBOLIC)
+    file(RELATIVE_PATH to_tool \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_BINDIR}\"
+         \"\${app_dir}/tarnic\")
+    file(CREATE_LINK \"\${to_tool}\" \"\${root}/${CMAKE_INSTALL_BINDIR}/tarnic\" SYMBOLIC)
     file(RELATIVE_PATH to_examples \"\${app_dir}\"
          \"\${CMAKE_INSTALL_PREFIX}/${TARNIC_INSTALL_DATA_DIR}/examples\")
     file(CREATE_LINK \"\${to_examples}\" \"\${root}/${TARNIC_INSTALL_APP_DIR}/examples\" SYMBOLIC)

@@ -14,7 +14,7 @@
 namespace tarnic {
 
 std::string Form1::dataStem() const {
-    return (ui_->Dir1->Path() + "/" + InFileName).toStdString();
+    return (OutputFolder() + "/" + InFileName).toStdString();
 }
 
 void Form1::endPreprocessing() {

@@ -177,7 +177,7 @@ void Form1::SaveSpButton_Click() {
     Form1Controls& c = ui();
     DisableWorkGroup();
     // Every failing directory or file operation is passed over silently.
-    const std::string D = c.Dir1->Path().toStdString();
+    const std::string D = OutputFolder().toStdString();
     const std::string N = InFileName.toStdString();
     makeSubdirectory(D, kSpectraDir);
     auto save = [](const std::string& name, const Array1<float>& freq, const Array1<float>& sp) {

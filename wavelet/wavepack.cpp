@@ -321,7 +321,7 @@ void WaveSpectForm::WaveSpectraGraf_MouseMove(int, int, float x, float) {
 void WaveSpectForm::SaveSpButton_Click() {
     // Every failing step is passed over silently.
     Form1Controls& main = workbench().form1().ui();
-    const std::string D = main.Dir1->Path().toStdString();
+    const std::string D = workbench().form1().OutputFolder().toStdString();
     makeSubdirectory(D, kSpectraDir);
     const double dT = TextNum(main.DeltaT_Text->Text().toStdString());
     OutputFile file(names::WavePacketSpectrum(D, WaveSpFileName.toStdString()));

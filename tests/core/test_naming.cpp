@@ -103,11 +103,17 @@ TEST(OutputFiles, WrittenWholeUnderTheFinalNameAndReplacingAnOldOne) {
     test::writeBytes(path, "an old and much longer content\r\n");
     OutputFile file(path);
     file.print("1 0\r\n");
-    EXPECT_FALSE(fs::exists(path + ".writing"));
+    EXPECT_EQ(test::readBytes(path), "an old and much longer content\r\n");
     ASSERT_TRUE(file.close()) << file.error();
     EXPECT_EQ(test::readBytes(path), "1 0\r\n");
     EXPECT_EQ(std::distance(fs::directory_iterator(dir.path()), fs::directory_iterator()), 1)
         << "no temporary file is left";
+    // A final name as long as the system allows (255 bytes) is written too.
+    const std::string longest = (dir / (std::string(251, 'n') + ".dat")).string();
+    OutputFile named(longest);
+    named.print("2 0\r\n");
+    ASSERT_TRUE(named.close()) << named.error();
+    EXPECT_EQ(test::readBytes(longest), "2 0\r\n");
 }
 
 TEST(OutputFiles, AFailureLeavesNothingUnderTheFinalName) {

@@ -38,6 +38,8 @@ routines="$(nm -D --defined-only "$path_line/Tarnic.dll" | awk '{print $3}' | gr
 [[ -L "$prefix/bin/tarnic-workbench" ]] || fail "no link in bin/"
 [[ "$(readlink -f "$prefix/bin/tarnic-workbench")" == "$(readlink -f "$exec_line")" ]] || fail "bin/ link goes elsewhere"
 [[ -f "$prefix/share/icons/hicolor/scalable/apps/tarnic-workbench.svg" ]] || fail "no icon"
+# The batch tool runs from its link in bin/, without a display.
+[[ "$(env -u QT_QPA_PLATFORM -u DISPLAY "$prefix/bin/tarnic" --version)" == tarnic\ * ]] || fail "bin/tarnic does not run"
 [[ -f "$prefix/share/doc/tarnic-workbench/USER_GUIDE.md" ]] || fail "no user guide"
 [[ -f "$prefix/share/doc/tarnic-workbench/LICENSE" ]] || fail "no licence text"
 grep -qx 'X-License=GPL-3.0-or-later' "$desktop" || fail "the menu entry names no licence"

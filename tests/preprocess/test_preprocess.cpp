@@ -165,5 +165,5 @@ TEST_F(Preprocessing, EachFailureTreatmentKeepsTheSignalLoaded) {
     EXPECT_EQ(form().Nrec, 64);
     expectStage(ui(), Stage::Loaded, {"IncremButton", "WinzorButton"});
     for (const auto& entry : fs::directory_iterator(dir.path()))
-        EXPECT_EQ(entry.path().filename().string().find(".writing"), std::string::npos);
+        EXPECT_EQ(entry.path().filename().string().find(".tarnic-"), std::string::npos);
 }

@@ -1,0 +1,417 @@
+// The batch tool against the windows: for every action the files the user's
+// clicks write and the files `tarnic` writes are the same, name for name and
+// byte for byte; bad input and bad usage end with the right status and write
+// nothing; pictures of each kind are valid; parallel runs write what serial
+// runs write.
+#include "core/msgbox.h"
+#include "maps/heisboxform.h"
+#include "maps/morletsvanform.h"
+#include "maps/svanarform.h"
+#include "multiscale/mfdfaform.h"
+#include "signal/signalplot.h"
+#include "signal/signalzoomform.h"
+#include "spectra/bandpassform.h"
+#include "spectra/spectrazoomform.h"
+#include "tests/core/mainwindow_fixture.h"
+#include "wavelet/wavedecform.h"
+#include "wavelet/wavefiltform.h"
+#include "wavelet/wavespectraform.h"
+
+#include <QDropEvent>
+#include <QImage>
+#include <QMimeData>
+#include <QProcess>
+#include <QUrl>
+#include <QXmlStreamReader>
+
+#include <functional>
+#include <map>
+#include <set>
+
+using namespace tarnic;
+using namespace tarnic::test;
+
+namespace {
+
+// Every file below `root` but the inputs, by path relative to it, with its bytes.
+std::map<std::string, std::string> results(const fs::path& root, const std::set<std::string>& inputs) {
+    std::map<std::string, std::string> files;
+    for (const auto& e : fs::recursive_directory_iterator(root)) {
+        if (!e.is_regular_file() && !e.is_symlink()) continue;
+        const std::string rel = fs::relative(e.path(), root).string();
+        if (!inputs.count(rel)) files[rel] = readBytes(e.path());
+    }
+    return files;
+}
+
+struct ToolRun {
+    int status;
+    std::string out, err;
+};
+
+ToolRun tarnicTool(const QStringList& args, const fs::path& workDir = fs::current_path()) {
+    QProcess p;
+    p.setWorkingDirectory(QString::fromStdString(workDir.string()));
+    // The tool needs no display: it runs without QT_QPA_PLATFORM and DISPLAY.
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.remove("QT_QPA_PLATFORM");
+    env.remove("DISPLAY");
+    p.setProcessEnvironment(env);
+    p.start(TARNIC_BATCH_PATH, args);
+    p.waitForFinished(120000);
+    return {p.exitStatus() == QProcess::NormalExit ? p.exitCode() : -1,
+            p.readAllStandardOutput().toStdString(), p.readAllStandardError().toStdString()};
+}
+
+std::set<std::string> lines(const std::string& text) {
+    std::set<std::string> out;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);) out.insert(line);
+    return out;
+}
+
+// The window's clicks for one action; returns the tool's options that ask for
+// the same result (some read off what the clicks chose).
+using Clicks = std::function<QStringList(Workbench&)>;
+
+// Drags the signal window's cursors as a user does and opens the fragment;
+// returns the fragment's ends as the tool's --from and --to.
+QStringList dragFragment(Workbench& wb) {
+    wb.form1().ShowSignGrafButton_Click();
+    SignalPlot& plot = wb.signalPlot();
+    plot.ui().HScroll_Right->setValue(21000);
+    plot.ui().HScroll_Left->setValue(7000);
+    plot.ZoomButton_Click();
+    const SignalZoomForm& zoom = wb.signalZoomForm();
+    auto time = [&](int sample) { return QString::number(sample - 1); }; // dT 1, T0 0
+    return {"--from", time(static_cast<int>(zoom.FragFirstSample)), "--to",
+            time(static_cast<int>(zoom.FragLastSample))};
+}
+
+struct Case {
+    const char* file;
+    QStringList tool; // action and options given to both
+    Clicks clicks;
+};
+
+const Case kCases[] = {
+    {"ar2_peak.dat", {"spectra", "--order", "30", "--radius", "2"},
+     [](Workbench& wb) {
+         wb.form1().ui().AR_OrderText->setText("30");
+         wb.form1().ui().RadiusText->setText("2");
+         wb.form1().LaunchButton_Click();
+         wb.form1().SaveSpButton_Click();
+         return QStringList{};
+     }},
+    {"ar2_peak.dat", {"increments", "--dt", "0.5", "--t0", "1990"},
+     [](Workbench& wb) {
+         wb.form1().ui().DeltaT_Text->setText("0.5");
+         wb.form1().ui().Time0_Text->setText("1990");
+         wb.form1().IncremButton_Click();
+         return QStringList{};
+     }},
+    {"ar2_peak.dat", {"winsorize"}, [](Workbench& wb) {
+         wb.form1().WinzorButton_Click();
+         return QStringList{};
+     }},
+    // 4.0 with a length that 4 does not divide: the Fourier path, the step in
+    // the name as typed.
+    {"two_sines_trend.dat", {"downsample", "--step", "4.0", "--dt", "2"},
+     [](Workbench& wb) {
+         wb.form1().ui().DeltaT_Text->setText("2");
+         wb.form1().ui().DownStepText->setText("4.0");
+         wb.form1().DownSampButton_Click();
+         return QStringList{};
+     }},
+    {"two_sines_trend.dat", {"downsample", "--step", "3"},
+     [](Workbench& wb) {
+         wb.form1().ui().DownStepText->setText("3");
+         wb.form1().DownSampButton_Click();
+         return QStringList{};
+     }},
+    {"three_columns.dat", {"demultiplex"}, [](Workbench& wb) {
+         wb.form1().DemplxButton_Click();
+         return QStringList{};
+     }},
+    {"two_sines_trend.dat", {"trend", "--radius", "40", "--poly-order", "2"},
+     [](Workbench& wb) {
+         wb.form1().ShowSignGrafButton_Click();
+         SignalPlot& plot = wb.signalPlot();
+         plot.ui().LocPolynomOption->setValue(true);
+         plot.ui().TrendPolynomOrder->setText("2");
+         plot.ui().SmoothRad->setText("40");
+         plot.ReDrawButton_Click();
+         plot.SaveTrendButton_Click();
+         return QStringList{};
+     }},
+    {"two_sines_trend.dat", {"fragment"}, [](Workbench& wb) {
+         const QStringList ends = dragFragment(wb);
+         wb.signalZoomForm().SaveFragButton_Click();
+         return ends;
+     }},
+    {"two_sines_trend.dat", {"harmonic"}, [](Workbench& wb) {
+         const QStringList ends = dragFragment(wb);
+         wb.signalZoomForm().FindHarm_Click();
+         wb.signalZoomForm().TimeSeriesZoom_DblClick();
+         return ends;
+     }},
+    {"two_sines_trend.dat", {"bandpass"}, [](Workbench& wb) {
+         Form1& main = wb.form1();
+         main.LaunchButton_Click();
+         main.ui().HScroll_Right->setValue(20000);
+         main.ui().HScroll_Left->setValue(9000);
+         main.ZoomButton_Click();
+         wb.spectraZoomForm().BandPassButton_Click();
+         BandPassForm& band = wb.bandPassForm();
+         band.BandPassSaveButton_Click();
+         return QStringList{"--tmin", QString::number(band.BpfTmin, 'g', 9), "--tmax",
+                            QString::number(band.BpfTmax, 'g', 9)};
+     }},
+    {"two_sines_trend.dat", {"wavepack", "--level", "5", "--split", "2"},
+     [](Workbench& wb) {
+         Form1& main = wb.form1();
+         main.ui().LevMaxText->setText("5");
+         main.ui().Option2->setValue(true);
+         main.WavePackButton_Click();
+         WaveDecForm& dec = wb.waveDecForm();
+         for (int k = 1; k <= dec.ComponentCount; ++k) {
+             dec.SelectedComponent = k;
+             dec.WaveDecGraf_DblClick();
+         }
+         wb.waveSpectForm().SaveSpButton_Click();
+         return QStringList{};
+     }},
+    {"two_sines_trend.dat", {"wavefilt", "--wavelet", "sym", "--wavelet-order", "10", "--threshold", "0.5"},
+     [](Workbench& wb) {
+         wb.form1().WaveFiltButton_Click();
+         WaveFiltForm& filt = wb.waveFiltForm();
+         filt.ui().SymletOption->setValue(true);
+         filt.ui().SymOrder->setText("10");
+         filt.LaunchDonoho_Click();
+         filt.ui().ThreshLevel->setText("0.5");
+         filt.LaunchThreshButton_Click();
+         filt.SaveThreshButton_Click();
+         return QStringList{};
+     }},
+    {"ar2_peak.dat", {"svanar", "--length", "512", "--shift", "64", "--order", "20"},
+     [](Workbench& wb) {
+         wb.form1().SvanArButton_Click();
+         SvanArForm& svan = wb.svanArForm();
+         svan.ui().LengWinText->setText("512");
+         svan.ui().ShiftText->setText("64");
+         svan.ui().ArOrderText->setText("20");
+         svan.LaunchSvan_Click();
+         svan.SaveGRD_Click();
+         return QStringList{};
+     }},
+    {"two_sines_trend.dat", {"morlet"}, [](Workbench& wb) {
+         const QStringList ends = dragFragment(wb);
+         wb.signalZoomForm().MorletSvan_Click();
+         wb.morletSvanForm().SaveGRD_Click();
+         return ends;
+     }},
+    {"two_sines_trend.dat", {"heisbox", "--level", "6", "--split", "2"},
+     [](Workbench& wb) {
+         const QStringList ends = dragFragment(wb);
+         wb.signalZoomForm().HeisBoxesButton_Click();
+         HeisBoxForm& heis = wb.heisBoxForm();
+         heis.ui().LevMaxText->setText("6");
+         heis.ui().Option2->setValue(true);
+         heis.WavePackButton_Click();
+         heis.SaveGRD_Click();
+         return ends;
+     }},
+    {"random_walk.dat", {"mfdfa", "--detrend-order", "2"},
+     [](Workbench& wb) {
+         const QStringList ends = dragFragment(wb);
+         wb.signalZoomForm().MFDFA_button_Click();
+         MFDFA_form& form = wb.mfdfaForm();
+         form.ui().Text1->setText("2");
+         form.LaunchMFDFA_btn_Click();
+         form.SaveFalfa_button_Click();
+         return ends;
+     }},
+};
+
+class BatchTool : public MainWindow {
+  protected:
+    // A copy of one example in a folder of its own whose name holds blanks.
+    fs::path copyInto(const std::string& folder, const std::string& example, const std::string& name) {
+        const fs::path d = dir / folder;
+        fs::create_directories(d);
+        fs::copy_file(fs::path(TARNIC_EXAMPLES_DIR) / example, d / name,
+                      fs::copy_options::overwrite_existing);
+        return d;
+    }
+};
+
+class BatchCase : public BatchTool, public ::testing::WithParamInterface<Case> {};
+
+TEST_P(BatchCase, WritesTheFilesOfTheWindowsByteForByte) {
+    const Case& c = GetParam();
+    // A non-ASCII name in a folder with a blank, as real data have.
+    const std::string name = std::string("Süd ") + c.file;
+    const fs::path byHand = copyInto("by hand", c.file, name);
+    const fs::path byTool = copyInto("by tool", c.file, name);
+
+    std::vector<QString> messages;
+    setMsgBoxHook([&](const QString& text, const QString&) { messages.push_back(text); });
+    start();
+    ui().Dir1->setPath(QString::fromStdString(byHand.string()));
+    open(name);
+    ASSERT_GT(form().Nrec, 0);
+    const QStringList readOff = c.clicks(*wb);
+    setMsgBoxHook({});
+    EXPECT_TRUE(messages.empty()) << messages.front().toStdString();
+
+    const ToolRun run = tarnicTool(QStringList(c.tool) << QString::fromStdString(name) << readOff, byTool);
+    EXPECT_EQ(run.status, 0) << run.err;
+    const auto expected = results(byHand, {name});
+    const auto got = results(byTool, {name});
+    ASSERT_FALSE(expected.empty());
+    EXPECT_EQ(got.size(), expected.size());
+    for (const auto& [rel, bytes] : expected) {
+        ASSERT_TRUE(got.count(rel)) << "the tool did not write " << rel << "\n" << run.err;
+        EXPECT_TRUE(got.at(rel) == bytes) << rel << " differs";
+    }
+    // Its stdout names exactly the files it wrote, by their full paths.
+    std::set<std::string> listed;
+    for (const auto& [rel, bytes] : got) listed.insert((byTool / rel).string());
+    EXPECT_EQ(lines(run.out), listed);
+}
+
+INSTANTIATE_TEST_SUITE_P(EveryAction, BatchCase, ::testing::ValuesIn(kCases),
+                         [](const auto& info) {
+                             std::string n = info.param.tool[0].toStdString() + std::to_string(info.index);
+                             return n;
+                         });
+
+TEST_F(BatchTool, BadInputEndsWithItsStatusAndWritesNothing) {
+    const fs::path d = copyInto("bad", "broken_record.dat", "broken_record.dat");
+    copyInto("bad", "empty.dat", "empty.dat");
+    copyInto("bad", "two_sines_trend.dat", "good.dat");
+    std::string binary;
+    for (int i = 0; i < 4096; ++i) binary += static_cast<char>((i * 37) & 0xFF);
+    writeBytes(d / "binary.dat", binary);
+    const std::set<std::string> inputs = {"broken_record.dat", "empty.dat", "good.dat", "binary.dat"};
+    struct Bad {
+        QStringList args;
+        int status;
+        const char* said; // a piece of the message on stderr
+    } cases[] = {
+        {{"spectra", "missing.dat"}, 1, "missing.dat: no such file"},
+        {{"spectra", "empty.dat"}, 1, "empty.dat: "},
+        {{"spectra", "binary.dat"}, 1, "binary.dat: "},
+        {{"spectra", "broken_record.dat"}, 1, "250"},
+        {{"bandpass", "good.dat", "--tmin", "1e6", "--tmax", "2e6"}, 1, "too short"},
+        {{"spectra", "good.dat", "--level", "3"}, 2, "no option --level"},
+        {{"spectra", "good.dat", "--order"}, 2, "needs a value"},
+        {{"transform", "good.dat"}, 2, "unknown action"},
+        {{"spectra"}, 2, "no file"},
+        {{"morlet", "good.dat", "--picture", "map.jpg"}, 2, ".png, .svg or .pdf"},
+    };
+    for (const Bad& b : cases) {
+        const ToolRun run = tarnicTool(b.args, d);
+        EXPECT_EQ(run.status, b.status) << b.args.join(' ').toStdString() << "\n" << run.err;
+        EXPECT_NE(run.err.find(b.said), std::string::npos) << run.err;
+        EXPECT_TRUE(run.out.empty()) << run.out;
+    }
+    EXPECT_TRUE(results(d, inputs).empty()) << "no file is written by a refused run";
+    const ToolRun help = tarnicTool({"spectra", "--help"}, d);
+    EXPECT_EQ(help.status, 0);
+    EXPECT_NE(help.out.find("--fourier-window"), std::string::npos) << help.out;
+    // A repaired value is said, and the run goes on.
+    const ToolRun repaired = tarnicTool({"spectra", "good.dat", "--order", "900"}, d);
+    EXPECT_EQ(repaired.status, 0);
+    EXPECT_NE(repaired.err.find("good.dat: order 900 repaired to 683"), std::string::npos) << repaired.err;
+}
+
+TEST_F(BatchTool, PicturesOfEachKindAreValidAndMapsKeepTheirColours) {
+    const fs::path d = copyInto("pictures", "two_sines_trend.dat", "s.dat");
+    const ToolRun png = tarnicTool({"morlet", "s.dat", "--picture", "map.png"}, d);
+    ASSERT_EQ(png.status, 0) << png.err;
+    EXPECT_NE(png.out.find((d / "map.png").string()), std::string::npos);
+    const QImage image(QString::fromStdString((d / "map.png").string()));
+    ASSERT_FALSE(image.isNull());
+    EXPECT_GE(image.width(), 1200) << "twice the window's resolution";
+    std::set<QRgb> colours;
+    for (int y = 0; y < image.height(); y += 3)
+        for (int x = 0; x < image.width(); x += 3) colours.insert(image.pixel(x, y));
+    EXPECT_GE(colours.size(), 8u) << "a map picture shows its colour scale";
+
+    for (const char* kind : {"svg", "pdf"}) {
+        const std::string file = std::string("spectra.") + kind;
+        const ToolRun run = tarnicTool({"spectra", "s.dat", "--picture", QString::fromStdString(file)}, d);
+        ASSERT_EQ(run.status, 0) << run.err;
+        const std::string bytes = readBytes(d / file);
+        if (std::string(kind) == "pdf") {
+            EXPECT_EQ(bytes.rfind("%PDF-", 0), 0u);
+            EXPECT_NE(bytes.find("%%EOF"), std::string::npos);
+        } else {
+            QXmlStreamReader xml(QByteArray::fromStdString(bytes));
+            int polylines = 0;
+            while (!xml.atEnd())
+                if (xml.readNext() == QXmlStreamReader::StartElement &&
+                    (xml.name() == u"polyline" || xml.name() == u"path"))
+                    ++polylines;
+            EXPECT_FALSE(xml.hasError()) << xml.errorString().toStdString();
+            EXPECT_GE(polylines, 2) << "the curves stay vectors";
+        }
+    }
+}
+
+TEST_F(BatchTool, ParallelRunsWriteWhatSerialRunsWrite) {
+    const char* examples[] = {"ar2_peak.dat", "two_sines_trend.dat", "random_walk.dat",
+                              "three_columns.dat", "exactly_32.dat", "ar2_peak.dat",
+                              "two_sines_trend.dat", "random_walk.dat"};
+    QStringList names;
+    for (int i = 0; i < 8; ++i) {
+        const std::string name = "série " + std::to_string(i) + ".dat";
+        copyInto("parallel", examples[i], name);
+        copyInto("serial", examples[i], name);
+        names << QString::fromStdString(name);
+    }
+    std::set<std::string> inputs;
+    for (const QString& n : names) inputs.insert(n.toStdString());
+    // xargs -0 -P 4 over the NUL-separated names, as a user's shell would.
+    QProcess xargs;
+    xargs.setWorkingDirectory(QString::fromStdString((dir / "parallel").string()));
+    xargs.start("xargs", {"-0", "-P", "4", "-n", "1", TARNIC_BATCH_PATH, "spectra", "--null"});
+    xargs.write(names.join(QChar('\0')).toUtf8() + QByteArray(1, '\0'));
+    xargs.closeWriteChannel();
+    ASSERT_TRUE(xargs.waitForFinished(300000));
+    EXPECT_EQ(xargs.exitCode(), 0) << xargs.readAllStandardError().toStdString();
+    EXPECT_EQ(xargs.readAllStandardOutput().count('\0'), 16) << "two spectra a file, NUL-separated";
+    // One after another, into another folder with --out.
+    const fs::path serial = dir / "serial";
+    for (const QString& n : names)
+        ASSERT_EQ(tarnicTool({"spectra", n, "--out", "out"}, serial).status, 0);
+    const auto parallel = results(dir / "parallel", inputs);
+    EXPECT_EQ(parallel.size(), 16u);
+    EXPECT_TRUE(parallel == results(serial / "out", {}));
+}
+
+TEST_F(BatchTool, AFileDroppedOnTheMainWindowOpensAsADoubleClick) {
+    const fs::path d = copyInto("dropped here", "ar2_peak.dat", "a.dat");
+    copyInto("dropped here", "two_sines_trend.dat", "b.dat");
+    std::vector<QString> messages;
+    setMsgBoxHook([&](const QString& text, const QString&) { messages.push_back(text); });
+    start();
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(QString::fromStdString((d / "b.dat").string())),
+                  QUrl::fromLocalFile(QString::fromStdString((d / "a.dat").string()))});
+    // A drop goes to the window that accepted the drag entering it.
+    QDragEnterEvent enter(QPoint(10, 10), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(&form().window(), &enter);
+    EXPECT_TRUE(enter.isAccepted());
+    QDropEvent drop(QPointF(10, 10), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(&form().window(), &drop);
+    setMsgBoxHook({});
+    EXPECT_EQ(form().Nrec, 5000) << "the first of the dropped files is open";
+    EXPECT_EQ(ui().Dir1->Path().toStdString(), d.string());
+    EXPECT_EQ(ui().File1->FileName(), "b.dat");
+    ASSERT_EQ(messages.size(), 1u);
+    EXPECT_TRUE(messages[0].contains("only the first is opened"));
+}
+
+} // namespace
