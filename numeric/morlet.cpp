@@ -11,9 +11,6 @@
 namespace tarnic {
 namespace {
 
-// Beyond |s w - w0| = 8.5 the wavelet's spectrum is below exp(-36) of its top
-// and is taken as 0.
-constexpr double bandHalfWidth = 8.5;
 constexpr std::size_t maxWorkers = 8;
 
 // Runs work(w) for w = 0 .. workers-1, all but the first on threads of their own.
@@ -59,6 +56,15 @@ std::size_t morletTransformLength(std::size_t n) {
     while (length < 2 * n)
         length *= 2;
     return length;
+}
+
+SampleSpan morletOutsideCone(std::size_t n, double scale) {
+    const double cone = std::numbers::sqrt2 * scale;
+    const double last = static_cast<double>(n) - 1.0;
+    SampleSpan span{static_cast<std::size_t>(std::ceil(cone)),
+                    cone <= last ? static_cast<std::size_t>(std::floor(last - cone)) + 1 : 0};
+    if (span.first >= span.end) span = {0, n};
+    return span;
 }
 
 MorletTransform morletTransform(std::span<const double> x, std::span<const double> periods) {
@@ -117,9 +123,10 @@ MorletTransform morletTransform(std::span<const double> x, std::span<const doubl
         std::fill_n(&b.re[0][0], 2 * (half + 1), 0.0);
         std::fill_n(&b.im[0][0], 2 * (half + 1), 0.0);
         const double kLow =
-            std::max(1.0, std::ceil((kMorletOmega0 - bandHalfWidth) / (s * binStep)));
-        const double kHigh = std::min(static_cast<double>(half),
-                                      std::floor((kMorletOmega0 + bandHalfWidth) / (s * binStep)));
+            std::max(1.0, std::ceil((kMorletOmega0 - kMorletBandHalfWidth) / (s * binStep)));
+        const double kHigh =
+            std::min(static_cast<double>(half),
+                     std::floor((kMorletOmega0 + kMorletBandHalfWidth) / (s * binStep)));
         const double amplitude = std::sqrt(2.0 * std::numbers::pi * s) * quarterRootPi;
         for (std::size_t k = static_cast<std::size_t>(kLow); static_cast<double>(k) <= kHigh; ++k) {
             const double d = s * binStep * static_cast<double>(k) - kMorletOmega0;
@@ -142,18 +149,11 @@ MorletTransform morletTransform(std::span<const double> x, std::span<const doubl
             out[t] = b.reOut[t] * b.reOut[t] + b.imOut[t] * b.imOut[t];
 
         // Time average outside the cone of influence.
-        const double cone = std::numbers::sqrt2 * s;
-        const double last = static_cast<double>(n - 1);
-        std::size_t first = static_cast<std::size_t>(std::ceil(cone));
-        std::size_t end = cone <= last ? static_cast<std::size_t>(std::floor(last - cone)) + 1 : 0;
-        if (first >= end) {
-            first = 0;
-            end = n;
-        }
+        const SampleSpan outside = morletOutsideCone(n, s);
         double sum = 0.0;
-        for (std::size_t t = first; t < end; ++t)
+        for (std::size_t t = outside.first; t < outside.end; ++t)
             sum += out[t];
-        result.spectrum[i] = sum / static_cast<double>(end - first);
+        result.spectrum[i] = sum / static_cast<double>(outside.end - outside.first);
     };
     runWorkers(workers, [&](std::size_t w) {
         for (std::size_t i = w; i < rows; i += workers)

@@ -31,6 +31,9 @@
 namespace tarnic {
 
 inline constexpr double kMorletOmega0 = 6.0;
+// Beyond |s w - w0| = 8.5 the wavelet's spectrum is below exp(-36) of its top
+// and is taken as 0.
+inline constexpr double kMorletBandHalfWidth = 8.5;
 
 // Fourier period / scale of the Morlet wavelet: 4 pi / (w0 + sqrt(2 + w0^2)).
 double morletFourierFactor(double omega0 = kMorletOmega0);
@@ -41,6 +44,15 @@ std::vector<double> morletPeriods(double pMin, double pMax, std::size_t count);
 
 // Length of the transform for n samples: the least power of two >= 2n (>= 2).
 std::size_t morletTransformLength(std::size_t n);
+
+// The samples [first, end) of n that lie outside the cone of influence of a row
+// of wavelet scale s (samples): sqrt(2) s <= t <= n - 1 - sqrt(2) s. When no
+// sample is left, all n: {0, n}.
+struct SampleSpan {
+    std::size_t first = 0;
+    std::size_t end = 0;
+};
+SampleSpan morletOutsideCone(std::size_t n, double scale);
 
 struct MorletTransform {
     std::size_t samples = 0;

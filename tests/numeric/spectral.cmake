@@ -1,8 +1,9 @@
-# Tests of the spectral routines: Burg and Welch spectra, Fourier resampling and
-# their C binding (included from tests/numeric/CMakeLists.txt).
+# Tests of the spectral routines: Burg and Welch spectra, red-noise significance,
+# Fourier resampling and their C binding (included from tests/numeric/CMakeLists.txt).
 add_executable(test_spectral
     ${CMAKE_CURRENT_LIST_DIR}/test_burg.cpp
     ${CMAKE_CURRENT_LIST_DIR}/test_welch.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/test_significance.cpp
     ${CMAKE_CURRENT_LIST_DIR}/test_resample.cpp
     ${CMAKE_CURRENT_LIST_DIR}/test_spectral_binding.cpp
 )
