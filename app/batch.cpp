@@ -219,7 +219,7 @@ void openFragment(Run& run) {
     SignalPlot& plot = run.wb.signalPlot();
     SignalPlotControls& c = plot.ui();
     const Form1Controls& main = run.wb.form1().ui();
-    const double dT = boxNumber(main.DeltaT_Text), t0 = boxNumber(main.Time0_Text);
+    const double dT = boxNumber(main.DeltaT_Text), t0 = TimeOrigin(main.Time0_Text);
     const std::int32_t n = plot.SignalLength;
     const std::int32_t first = run.has("from") ? sampleAt(run.number("from"), t0, dT, n) : 1;
     const std::int32_t last = run.has("to") ? sampleAt(run.number("to"), t0, dT, n) : n;

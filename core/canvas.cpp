@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace tarnic {
 namespace {
@@ -19,6 +20,30 @@ template <class PenLike> QPen penOf(const PenLike& pen, bool cosmetic) {
     return qpen;
 }
 
+// Appends to `out` the points run[0 .. end) reduced per pixel column to the
+// first, lowest, highest and last point, the extremes in the order they occur.
+// Reducing a reduced run again changes nothing.
+void appendReduced(const std::vector<QPointF>& run, std::size_t end, std::vector<QPointF>& out) {
+    std::size_t i = 0;
+    while (i < end) {
+        const double column = std::floor(run[i].x());
+        std::size_t j = i, lo = i, hi = i;
+        while (j + 1 < end && std::floor(run[j + 1].x()) == column) {
+            ++j;
+            if (run[j].y() < run[lo].y()) lo = j;
+            if (run[j].y() > run[hi].y()) hi = j;
+        }
+        std::size_t picks[4] = {i, std::min(lo, hi), std::max(lo, hi), j};
+        std::size_t last = static_cast<std::size_t>(-1);
+        for (std::size_t k : picks)
+            if (k != last) out.push_back(run[k]), last = k;
+        i = j + 1;
+    }
+}
+
+// A pending run is reduced once it holds this many points.
+constexpr std::size_t kCompactRunAt = 1 << 14;
+
 } // namespace
 
 Canvas::Canvas() { resize(1, 1); }
@@ -27,7 +52,9 @@ Canvas::~Canvas() { endPainter(); }
 void Canvas::resize(int pixelWidth, int pixelHeight) {
     endPainter();
     run_.clear();
+    runCompacted_ = false;
     clearItems();
+    cellValues_.clear();
     image_ = QImage(std::max(1, pixelWidth), std::max(1, pixelHeight), QImage::Format_RGB32);
     image_.fill(BackColor);
 }
@@ -74,7 +101,9 @@ void Canvas::endPainter() {
 void Canvas::Cls() {
     note(DrawKind::Cls, 0, 0, 0, 0);
     run_.clear();
+    runCompacted_ = false;
     clearItems();
+    cellValues_.clear();
     endPainter();
     image_.fill(BackColor);
     ++painted_;
@@ -93,6 +122,7 @@ void Canvas::Line(int flag, double x1, double y1, double x2, double y2, int /*co
     const QPointF end(x2 / tpp, y2 / tpp);
     if (!run_.empty() && pen == runPen_ && x1 == runEndX_ && y1 == runEndY_) {
         run_.push_back(end);
+        if (run_.size() >= kCompactRunAt) compactRun();
     } else {
         flushRun();
         runPen_ = pen;
@@ -100,6 +130,19 @@ void Canvas::Line(int flag, double x1, double y1, double x2, double y2, int /*co
     }
     runEndX_ = x2;
     runEndY_ = y2;
+}
+
+void Canvas::beginCells() {
+    cellValues_.assign(static_cast<std::size_t>(image_.width()) * static_cast<std::size_t>(image_.height()),
+                       -std::numeric_limits<float>::infinity());
+}
+
+void Canvas::Cell(double x, double y, double width, double height, float value) {
+    note(DrawKind::Box, x, y, width, height);
+    flushRun();
+    // A value that is no number is the weakest: it shows only where nothing else does.
+    const float strength = std::isnan(value) ? -std::numeric_limits<float>::infinity() : value;
+    fillBox(x, y, width, height, ForeColor.rgb(), cellLayer(), cellValues_.empty() ? nullptr : &strength);
 }
 
 void Canvas::PSet(int /*flag*/, double x, double y, int /*color*/) {
@@ -127,7 +170,8 @@ void Canvas::PSet(int /*flag*/, double x, double y, int /*color*/) {
     ++painted_;
 }
 
-QRect Canvas::fillBox(double x, double y, double w, double h, QRgb color, QImage* layer) {
+QRect Canvas::fillBox(double x, double y, double w, double h, QRgb color, QImage* layer,
+                      const float* value) {
     endPainter();
     const double tpp = twipsPerPixel();
     double x0 = x / tpp, x1 = (x + w) / tpp, y0 = y / tpp, y1 = (y + h) / tpp;
@@ -144,45 +188,61 @@ QRect Canvas::fillBox(double x, double y, double w, double h, QRgb color, QImage
     c1 = std::min(c1, image_.width());
     r1 = std::min(r1, image_.height());
     if (c0 >= c1 || r0 >= r1) return {};
+    const QRgb opaque = qRgba(qRed(color), qGreen(color), qBlue(color), 255);
+    if (value) {
+        for (int r = r0; r < r1; ++r) {
+            auto* line = reinterpret_cast<QRgb*>(image_.scanLine(r));
+            auto* cells = reinterpret_cast<QRgb*>(layer->scanLine(r));
+            float* strongest = &cellValues_[static_cast<std::size_t>(r) * image_.width()];
+            for (int col = c0; col < c1; ++col) {
+                if (*value < strongest[col]) continue;
+                strongest[col] = *value;
+                line[col] = color;
+                cells[col] = opaque;
+            }
+        }
+        ++painted_;
+        return QRect(c0, r0, c1 - c0, r1 - r0);
+    }
     for (int r = r0; r < r1; ++r) {
         auto* line = reinterpret_cast<QRgb*>(image_.scanLine(r));
         std::fill(line + c0, line + c1, color);
         if (layer) {
             auto* cells = reinterpret_cast<QRgb*>(layer->scanLine(r));
-            std::fill(cells + c0, cells + c1, qRgba(qRed(color), qGreen(color), qBlue(color), 255));
+            std::fill(cells + c0, cells + c1, opaque);
         }
     }
     ++painted_;
     return QRect(c0, r0, c1 - c0, r1 - r0);
 }
 
+void Canvas::compactRun() {
+    // The last column may still grow: it stays as it is.
+    const double lastColumn = std::floor(run_.back().x());
+    std::size_t end = run_.size();
+    while (end > 0 && std::floor(run_[end - 1].x()) == lastColumn) --end;
+    if (end == 0) end = run_.size() - 1; // one column so far: keep its newest point raw
+    std::vector<QPointF> reduced;
+    reduced.reserve(4 * 1024);
+    appendReduced(run_, end, reduced);
+    reduced.insert(reduced.end(), run_.begin() + static_cast<std::ptrdiff_t>(end), run_.end());
+    run_.swap(reduced);
+    runCompacted_ = true;
+}
+
 void Canvas::flushRun() {
+    const bool compacted = runCompacted_;
+    runCompacted_ = false;
     if (run_.size() < 2) {
         run_.clear();
         return;
     }
     std::vector<QPointF> points;
-    if (run_.size() <= 8) {
+    if (run_.size() <= 8 && !compacted) {
         points.swap(run_);
     } else {
-        // Per pixel column keep the first, lowest, highest and last point, the
-        // extremes in the order they occur.
         points.reserve(std::min<std::size_t>(run_.size(), 4096));
-        std::size_t i = 0;
-        while (i < run_.size()) {
-            const double column = std::floor(run_[i].x());
-            std::size_t j = i, lo = i, hi = i;
-            while (j + 1 < run_.size() && std::floor(run_[j + 1].x()) == column) {
-                ++j;
-                if (run_[j].y() < run_[lo].y()) lo = j;
-                if (run_[j].y() > run_[hi].y()) hi = j;
-            }
-            std::size_t picks[4] = {i, std::min(lo, hi), std::max(lo, hi), j};
-            std::size_t last = static_cast<std::size_t>(-1);
-            for (std::size_t k : picks)
-                if (k != last) points.push_back(run_[k]), last = k;
-            i = j + 1;
-        }
+        appendReduced(run_, run_.size(), points);
         run_.clear();
     }
     QPainter& p = painter();

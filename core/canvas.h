@@ -64,6 +64,14 @@ class Canvas {
 
     void Cls();
     void Line(int flag, double x1, double y1, double x2, double y2, int color = 0);
+
+    // Map cells. After beginCells, until the next Cls or beginCells, a cell is
+    // a filled box (the same logical operation as Line with 0x2c) that carries
+    // its value: a pixel that several cells mark keeps the colour of the
+    // strongest value among them, not of the last one drawn. So a burst one
+    // sample wide stays visible however many samples share a pixel column.
+    void beginCells();
+    void Cell(double x, double y, double width, double height, float value);
     void PSet(int flag, double x, double y, int color = 0);
 
     void setRecording(bool on) { recording_ = on; }
@@ -73,6 +81,10 @@ class Canvas {
     // Number of drawing calls actually issued to the image (painter calls and
     // direct box fills); a measure of the rendering cost.
     std::uint64_t paintedCount() const { return painted_; }
+    // Points of the pending run of segments, kept until it is drawn: reduced
+    // per pixel column as it grows, so a curve of ten million samples waits
+    // in a few thousand points.
+    std::size_t pendingPoints() const { return run_.size(); }
 
     // The finished picture (pending runs drawn first).
     const QImage& image();
@@ -91,8 +103,13 @@ class Canvas {
     QPainter& painter();
     void endPainter();
     void flushRun();
+    // Reduces the pending run's finished pixel columns (all but the last).
+    void compactRun();
     // Fills the pixels of a box given in twips; returns them (empty if none).
-    QRect fillBox(double x, double y, double w, double h, QRgb color, QImage* layer);
+    // With a value (during beginCells), a pixel takes the box's colour only
+    // if no stronger value has marked it.
+    QRect fillBox(double x, double y, double w, double h, QRgb color, QImage* layer,
+                  const float* value = nullptr);
     void note(DrawKind kind, double x1, double y1, double x2, double y2);
 
     // A drawing item: a polyline with its pen, a dot (a square of `rect`, or a
@@ -112,9 +129,11 @@ class Canvas {
 
     QImage image_;
     std::vector<Item> items_;
+    std::vector<float> cellValues_; // the strongest value at each pixel, in cell mode
     std::vector<QImage> cellLayers_;
     std::unique_ptr<QPainter> painter_;
     std::vector<QPointF> run_; // pixels
+    bool runCompacted_ = false;
     Pen runPen_{};
     double runEndX_ = 0, runEndY_ = 0; // twips end of the pending run
     bool recording_ = false;

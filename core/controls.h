@@ -25,6 +25,7 @@
 #include <QRadioButton>
 #include <QScrollBar>
 
+#include <cmath>
 #include <functional>
 #include <string>
 #include <utility>
@@ -156,5 +157,13 @@ inline QString qs(const std::string& s) { return QString::fromStdString(s); }
 
 // The number a box holds, read as the program reads every typed number.
 inline double boxNumber(const TextBox* box) { return TextNum(box->Text().toStdString()); }
+
+// The initial time of the time marks from the main window's box: a text that
+// overflows the double range counts as 0, the box's start value, like any
+// other text that is no time, so no infinite time reaches a mark or a file.
+inline double TimeOrigin(const TextBox* box) {
+    const double t0 = boxNumber(box);
+    return std::isfinite(t0) ? t0 : 0.0;
+}
 
 } // namespace tarnic

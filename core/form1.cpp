@@ -279,7 +279,7 @@ void Form1::Picture1_MouseMove(int, int, float x, float y) {
     if (pic.ScaleHeight() / 3 > y) {
         const double k = 1 + static_cast<double>(x) * (Nrec - 1) / pic.ScaleWidth();
         const std::int32_t i = IntClamped(k);
-        const double t = TextNum(c.Time0_Text->Text().toStdString()) +
+        const double t = TimeOrigin(c.Time0_Text) +
                          (i - 1) * TextNum(c.DeltaT_Text->Text().toStdString());
         pic.setToolTipText(QString::fromStdString("Sample # " + NumText(i) + ",  Time=" + NumText(t)));
         return;

@@ -63,6 +63,11 @@ void PlotSurface::PSet(int flag, double x, double y, int color) {
     scheduleRepaint();
 }
 
+void PlotSurface::Cell(double x, double y, double width, double height, float value) {
+    canvas_.Cell(x, y, width, height, value);
+    scheduleRepaint();
+}
+
 LineObject& PlotSurface::addLine(QColor color) {
     lines_.push_back(std::make_unique<LineObject>(*this, color));
     return *lines_.back();

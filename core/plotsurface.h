@@ -62,6 +62,9 @@ class PlotSurface : public Control<QFrame> {
     void Refresh();
     void Line(int flag, double x1, double y1, double x2, double y2, int color = 0);
     void PSet(int flag, double x, double y, int color = 0);
+    // Map cells that keep the strongest value per pixel (Canvas::beginCells).
+    void BeginCells() { canvas_.beginCells(); }
+    void Cell(double x, double y, double width, double height, float value);
 
     LineObject& addLine(QColor color);
     Canvas& canvas() { return canvas_; }

@@ -4,6 +4,9 @@
 #include "core/naming.h"
 #include "core/numtext.h"
 #include "core/outputfile.h"
+#include "spectra/spectrumrun.h"
+
+#include <cmath>
 
 namespace tarnic {
 
@@ -11,6 +14,12 @@ void FillCell(PlotSurface& control, double left, double top, double width, doubl
               Rgb colour) {
     control.setForeColor(QColor::fromRgb(static_cast<QRgb>(colour)));
     control.Line(kLineFilledBox, left, top, width, height);
+}
+
+void FillCell(PlotSurface& control, double left, double top, double width, double height,
+              Rgb colour, float value) {
+    control.setForeColor(QColor::fromRgb(static_cast<QRgb>(colour)));
+    control.Cell(left, top, width, height, value);
 }
 
 void DrawColorScale(PlotSurface& colorScale, std::span<const Rgb> palette) {
@@ -23,6 +32,16 @@ void DrawColorScale(PlotSurface& colorScale, std::span<const Rgb> palette) {
 void ColorScaleTip(PlotSurface& colorScale, float y, float zmin, float zmax) {
     const float value = ColorScaleValue(y, colorScale.ScaleHeight(), zmin, zmax);
     colorScale.setToolTipText(QString::fromStdString(NumText(value)));
+}
+
+double MapDeltaT(Form1& main) {
+    TextBox& box = *main.ui().DeltaT_Text;
+    const double typed = boxNumber(&box);
+    const float single = static_cast<float>(typed);
+    if (single > 0 && std::isfinite(single)) return typed;
+    const float repaired = ClampDeltaT(typed);
+    box.setText(qs(NumText(repaired)));
+    return repaired;
 }
 
 void SaveGridFile(Button& saveGRD, Form1& main,

@@ -19,6 +19,10 @@ class Form1;
 // with the given width and height by Line with the flag 0x2c (twips).
 void FillCell(PlotSurface& control, double left, double top, double width, double height,
               Rgb colour);
+// The same for a cell of a map that holds `value`: after control.BeginCells(),
+// a pixel that several cells share shows the strongest of them.
+void FillCell(PlotSurface& control, double left, double top, double width, double height,
+              Rgb colour, float value);
 
 // Paints the colour scale: with W, H its ScaleWidth, ScaleHeight and n bands,
 // band k is the cell at left 0, top H - H * k / n, width W, height H / n, so
@@ -30,6 +34,13 @@ void DrawColorScale(PlotSurface& colorScale, std::span<const Rgb> palette);
 // zmin at the bottom edge. The scale is never disabled, so before the first
 // run it shows the start values or those of the last run.
 void ColorScaleTip(PlotSurface& colorScale, float y, float zmin, float zmax);
+
+// The sampling interval dT the maps work with: the main window's box as typed
+// when it is a positive number that a single-precision time can hold; anything
+// else (0, a negative number, letters, an overflow) is repaired to 1 as Launch
+// Spectra repairs it, and the box shows the repair. So no mark, tip or grid
+// header of a map takes an infinite or NaN time.
+double MapDeltaT(Form1& main);
 
 // The save sequence shared by the SaveGRD buttons:
 //   1. the button is disabled (a new run of the map enables it again);

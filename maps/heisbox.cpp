@@ -140,8 +140,8 @@ void HeisBoxForm::Form_Activate() {
     HeisBoxFormControls& c = *ui_;
     const Form1Controls& main = workbench().form1().ui();
     const SignalZoomForm& zoom = workbench().signalZoomForm();
-    const double dT = TextNum(main.DeltaT_Text->Text().toStdString());
-    const double T0 = TextNum(main.Time0_Text->Text().toStdString());
+    const double dT = MapDeltaT(workbench().form1());
+    const double T0 = TimeOrigin(main.Time0_Text);
     HeisTmin = static_cast<float>(T0 + (zoom.FragFirstSample - 1) * dT);
     HeisTmax = static_cast<float>(T0 + (zoom.FragLastSample - 1) * dT);
     DrawXMarks(*this, *c.HeisBoxMap, 0, *c.XmarksFrame, c.Xmarks, HeisTmin, HeisTmax);
@@ -235,8 +235,8 @@ void HeisBoxForm::WavePackButton_Click() {
         HeisZmin = std::min(HeisZmin, v), HeisZmax = std::max(HeisZmax, v);
     const Form1Controls& main = workbench().form1().ui();
     const SignalZoomForm& zoom = workbench().signalZoomForm();
-    const double dT = TextNum(main.DeltaT_Text->Text().toStdString());
-    const double T0 = TextNum(main.Time0_Text->Text().toStdString());
+    const double dT = MapDeltaT(workbench().form1());
+    const double T0 = TimeOrigin(main.Time0_Text);
     for (float& v : HeisScaleLow.span())
         v = static_cast<float>(v * dT);
     for (float& v : HeisScaleHigh.span())
@@ -256,12 +256,14 @@ void HeisBoxForm::WavePackButton_Click() {
     const double cellW = W / HeisCols;
     const double span = lgHigh_ > lgLow_ ? lgHigh_ - lgLow_ : 1.0;
     BandLookup colour(HeisZmin, HeisZmax, MapPalette15);
+    map.BeginCells();
     for (int i = 1; i <= HeisRows; ++i) {
         const double boxH = H * (lg(HeisScaleHigh(i)) - lg(HeisScaleLow(i))) / span;
         const double boxTop = H * (1 - (lg(HeisScaleHigh(i)) - lgLow_) / span);
-        for (int col = 1; col <= HeisCols; ++col)
-            FillCell(map, (col - 1) * cellW, boxTop, cellW, boxH,
-                     colour(HeisMap((i - 1) * HeisCols + col)));
+        for (int col = 1; col <= HeisCols; ++col) {
+            const float v = HeisMap((i - 1) * HeisCols + col);
+            FillCell(map, (col - 1) * cellW, boxTop, cellW, boxH, colour(v), v);
+        }
     }
     c.WavePackButton->setEnabled(true);
     map.setEnabled(true);

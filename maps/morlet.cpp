@@ -48,8 +48,8 @@ void SignalZoomForm::MorletSvan_Click() {
     }
     DisableFragmentControls();
     const Form1Controls& main = wb.form1().ui();
-    const double dT = TextNum(main.DeltaT_Text->Text().toStdString());
-    const double T0 = TextNum(main.Time0_Text->Text().toStdString());
+    const double dT = MapDeltaT(wb.form1());
+    const double T0 = TimeOrigin(main.Time0_Text);
     Array1<float> mapOut(scales * FragLeng), specOut(scales);
     dll::MorletWaveSvan_dll(FragLeng, Fragment.first(), smin, smax, scales, mapOut.first(),
                             specOut.first());
@@ -76,10 +76,12 @@ void SignalZoomForm::MorletSvan_Click() {
     map.Refresh();
     form.Show();
     BandLookup colour(form.MorletZmin, form.MorletZmax, MapPalette15);
+    map.BeginCells();
     for (int i = 1; i <= scales; ++i)
-        for (int t = 1; t <= FragLeng; ++t)
-            FillCell(map, (t - 1) * cellW, H - (i - 1) * cellH, cellW, cellH,
-                     colour(mapOut((i - 1) * FragLeng + t)));
+        for (int t = 1; t <= FragLeng; ++t) {
+            const float v = mapOut((i - 1) * FragLeng + t);
+            FillCell(map, (t - 1) * cellW, H - (i - 1) * cellH, cellW, cellH, colour(v), v);
+        }
     DrawColorScale(*form.ui().ColorScale, MapPalette15);
     EnableFragmentControls();
 }
@@ -129,8 +131,8 @@ void MorletSvanForm::Form_Activate() {
     MorletSvanFormControls& c = *ui_;
     const Form1Controls& main = workbench().form1().ui();
     const SignalZoomForm& zoom = workbench().signalZoomForm();
-    const double dT = TextNum(main.DeltaT_Text->Text().toStdString());
-    const double T0 = TextNum(main.Time0_Text->Text().toStdString());
+    const double dT = MapDeltaT(workbench().form1());
+    const double T0 = TimeOrigin(main.Time0_Text);
     MorletTmin = static_cast<float>(T0 + (zoom.FragFirstSample - 1) * dT);
     MorletTmax = static_cast<float>(T0 + (zoom.FragLastSample - 1) * dT);
     Cls();

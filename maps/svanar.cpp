@@ -177,8 +177,8 @@ void SvanArForm::LaunchSvan_Click() {
     c.SvanArMap->Cls();
     c.SvanArMap->Refresh();
     const Form1Controls& main = workbench().form1().ui();
-    const double dT = boxNumber(main.DeltaT_Text);
-    const double T0 = boxNumber(main.Time0_Text);
+    const double dT = MapDeltaT(workbench().form1());
+    const double T0 = TimeOrigin(main.Time0_Text);
 
     // The fallbacks come from the signal alone, not from the search of Load.
     const std::int32_t defLeng = SvanDefaultLength(SvanSamples);
@@ -243,10 +243,12 @@ void SvanArForm::LaunchSvan_Click() {
     const double W = map.ScaleWidth(), H = map.ScaleHeight();
     const double cellW = W / (SvanCount - 1), cellH = H / (SvanHalf - SvanCut);
     BandLookup colour(SvanZmin, SvanZmax, MapPalette12);
+    map.BeginCells();
     for (std::int32_t w = 1; w <= SvanCount; ++w)
-        for (std::int32_t k = SvanCut; k <= SvanHalf; ++k)
-            FillCell(map, (w - 1) * cellW, H - (k - SvanCut) * cellH, cellW, cellH,
-                     colour(SvanMapAt(k, w)));
+        for (std::int32_t k = SvanCut; k <= SvanHalf; ++k) {
+            const float v = SvanMapAt(k, w);
+            FillCell(map, (w - 1) * cellW, H - (k - SvanCut) * cellH, cellW, cellH, colour(v), v);
+        }
 
     Cls();
     c.SvanArMap->setEnabled(true);
@@ -260,7 +262,7 @@ void SvanArForm::LaunchSvan_Click() {
 void SvanArForm::SvanArMap_MouseMove(int, int, float x, float y) {
     SvanArFormControls& c = ui();
     const Form1Controls& main = workbench().form1().ui();
-    computeRanges(boxNumber(main.Time0_Text), boxNumber(main.DeltaT_Text));
+    computeRanges(TimeOrigin(main.Time0_Text), MapDeltaT(workbench().form1()));
     const auto W = static_cast<float>(c.SvanArMap->ScaleWidth());
     const auto H = static_cast<float>(c.SvanArMap->ScaleHeight());
     const float time = SvanTmin + x * ((SvanTmax - SvanTmin) / W);

@@ -168,7 +168,7 @@ void MFDFA_form::Form_Load() {
     c.ZQtab_Plot->setEnabled(false);
     const Form1Controls& main = workbench().form1().ui();
     const double dT = TextNum(main.DeltaT_Text->Text().toStdString());
-    const double T0 = TextNum(main.Time0_Text->Text().toStdString());
+    const double T0 = TimeOrigin(main.Time0_Text);
     MfdfaTmin = static_cast<float>(T0 + (zoom.FragFirstSample - 1) * dT);
     MfdfaTmax = static_cast<float>(T0 + (zoom.FragLastSample - 1) * dT);
     c.Text4->setText(qs(NumText(MfdfaMaxScaleShown(MfdfaSamples))));

@@ -113,7 +113,17 @@ WtmmLgRange ChainLgRange(std::span<const WtmmRecord> records) {
     return range;
 }
 
-WtmmProblem CheckWtmmCounts(std::span<const std::int32_t, 7> counts) {
+WtmmProblem CheckWtmmCounts(std::span<const std::int32_t, 7> counts,
+                            std::span<const double> fragment, std::span<const double> detrended) {
+    auto range = [](std::span<const double> v) {
+        const auto [lo, hi] = std::minmax_element(v.begin(), v.end());
+        return v.empty() ? 0.0 : *hi - *lo;
+    };
+    double magnitude = range(fragment);
+    for (double v : fragment) magnitude = std::max(magnitude, std::abs(v));
+    if (std::any_of(detrended.begin(), detrended.end(), [](double v) { return !std::isfinite(v); }) ||
+        range(detrended) <= 1e-9 * magnitude)
+        return WtmmProblem::FlatDetrended;
     if (std::any_of(counts.begin(), counts.end(), [](std::int32_t n) { return n < 0; }))
         return WtmmProblem::BadCounts;
     if (std::all_of(counts.begin(), counts.end(), [](std::int32_t n) { return n == 0; }))

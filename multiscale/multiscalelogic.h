@@ -105,8 +105,12 @@ enum class WtmmProblem {
     FlatDetrended, // the detrended fragment is constant (or not finite)
 };
 
-// Checks the counts before the file is read.
-WtmmProblem CheckWtmmCounts(std::span<const std::int32_t, 7> counts);
+// Checks the run before the file is read: first whether anything is left of the
+// fragment after detrending (a constant, or a straight line under a trend of
+// order 1 or more, leaves only rounding noise: a range of at most 1e-9 of the
+// fragment's magnitude), for no threshold could find chains then; then the counts.
+WtmmProblem CheckWtmmCounts(std::span<const std::int32_t, 7> counts,
+                            std::span<const double> fragment, std::span<const double> detrended);
 // Checks what was read: the file status, the Y range, the detrended fragment.
 WtmmProblem CheckWtmmRun(const WtmmFile& file, const WtmmLgRange& range,
                          std::span<const double> detrended);

@@ -142,7 +142,7 @@ void SignalZoomForm::WTMM_button_Click() {
         const std::filesystem::path scratch = place.file();
         dll::WTMM_FP_dll(WtmmInput.first(), FragLeng, trendOrder, gamma, ChainCounts[0],
                          WtmmDetrended.first());
-        problem = CheckWtmmCounts(ChainCounts);
+        problem = CheckWtmmCounts(ChainCounts, WtmmInput.span(), WtmmDetrended.span());
         if (problem == WtmmProblem::None) {
             std::int64_t ChainTotal = 0;
             for (std::int32_t n : ChainCounts)
@@ -277,7 +277,7 @@ void WTMM_Form::Form_Activate() {
     const Form1Controls& main = workbench().form1().ui();
     const SignalZoomForm& zoom = workbench().signalZoomForm();
     dT_ = TextNum(main.DeltaT_Text->Text().toStdString());
-    T0_ = TextNum(main.Time0_Text->Text().toStdString());
+    T0_ = TimeOrigin(main.Time0_Text);
     Cls();
     DrawXMarks(*this, *c.WTMM_DetrendGraf, 0, *c.XmarksFrame, c.Xmarks,
                static_cast<float>(T0_ + (zoom.FragFirstSample - 1) * dT_),

@@ -27,7 +27,7 @@ void Form1::IncremButton_Click() {
     Form1Controls& c = ui();
     DisableWorkGroup();
     const double dT = TextNum(c.DeltaT_Text->Text().toStdString());
-    const double T0 = TextNum(c.Time0_Text->Text().toStdString());
+    const double T0 = TimeOrigin(c.Time0_Text);
     {
         // A failure skips the rest of the writing; the action then ends as usual.
         OutputFile file(names::Increments(dataStem()));
@@ -44,7 +44,7 @@ void Form1::IncremButton_Click() {
 void Form1::WinzorButton_Click() {
     Form1Controls& c = ui();
     const double dT = TextNum(c.DeltaT_Text->Text().toStdString());
-    const double T0 = TextNum(c.Time0_Text->Text().toStdString());
+    const double T0 = TimeOrigin(c.Time0_Text);
     DisableWorkGroup();
     const std::vector<float> y = Winsorize(Signal.span());
     OutputFile file(names::Winsorized(dataStem()));
@@ -83,7 +83,7 @@ void Form1::DownSampButton_Click() {
 
     DisableWorkGroup();
     const double dT = TextNum(c.DeltaT_Text->Text().toStdString());
-    const double T0 = TextNum(c.Time0_Text->Text().toStdString());
+    const double T0 = TimeOrigin(c.Time0_Text);
     const double wanted = std::floor(Nrec / intStep);
     std::int32_t outLen = wanted >= 1 && wanted <= Nrec ? static_cast<std::int32_t>(wanted) : 0;
     if (outLen == 0) { // nothing sound to write for a step longer than the signal

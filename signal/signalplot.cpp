@@ -36,6 +36,9 @@ SignalPlotControls::SignalPlotControls(FormWindow& w) {
     TimeSeriesGraf->placeSurface(kPlotLeft, kPlotTop, kPlotWidth, kPlotHeight);
     Line_Left = &TimeSeriesGraf->addLine(QColor(0xFF, 0, 0));
     Line_Right = &TimeSeriesGraf->addLine(QColor(0xFF, 0, 0));
+    // The cursors stand over the whole height from the start, as after a scroll.
+    for (LineObject* line : {Line_Left, Line_Right})
+        line->setY2(static_cast<float>(TimeSeriesGraf->ScaleHeight()));
     XmarksFrame = new MarksFrame(&w);
     XmarksFrame->place(0, kPlotTop + kPlotHeight + 200, 12000, 330);
     for (auto& mark : Xmarks) {
@@ -152,7 +155,7 @@ void SignalPlot::Form_Load() {
 void SignalPlot::Form_Activate() {
     SignalPlotControls& c = *ui_;
     const Form1Controls& main = workbench().form1().ui();
-    const double T0 = TextNum(main.Time0_Text->Text().toStdString());
+    const double T0 = TimeOrigin(main.Time0_Text);
     const double dT = TextNum(main.DeltaT_Text->Text().toStdString());
     DrawXMarks(*this, *c.TimeSeriesGraf, 0, *c.XmarksFrame, c.Xmarks, static_cast<float>(T0),
                static_cast<float>(T0 + (SignalLength - 1) * dT));
@@ -307,7 +310,7 @@ void SignalPlot::TimeSeriesGraf_MouseMove(int, int, float x, float y) {
     const double W = c.TimeSeriesGraf->ScaleWidth(), H = c.TimeSeriesGraf->ScaleHeight();
     const double s = x * (SignalLength - 1) / W + 1;
     const std::int32_t i = IntClamped(s);
-    const double t = TextNum(main.Time0_Text->Text().toStdString()) +
+    const double t = TimeOrigin(main.Time0_Text) +
                      (i - 1) * TextNum(main.DeltaT_Text->Text().toStdString());
     std::string tip = "Sample # " + NumText(i) + ", Time=" + NumText(t);
     if (TrendRadius == 0)
@@ -322,7 +325,7 @@ void SignalPlot::SaveTrendButton_Click() {
     SignalPlotControls& c = ui();
     const Form1Controls& main = workbench().form1().ui();
     const double dT = TextNum(main.DeltaT_Text->Text().toStdString());
-    const double T0 = TextNum(main.Time0_Text->Text().toStdString());
+    const double T0 = TimeOrigin(main.Time0_Text);
     const std::string order =
         c.LocPolynomOption->Value() ? NumText(boxNumber(c.TrendPolynomOrder)) : std::string();
     const std::string stem = SignalFilePath.toStdString();

@@ -109,7 +109,7 @@ void SignalZoomForm::Form_Load() {
 void SignalZoomForm::Form_Activate() {
     SignalZoomFormControls& c = *ui_;
     const Form1Controls& main = workbench().form1().ui();
-    const double T0 = TextNum(main.Time0_Text->Text().toStdString());
+    const double T0 = TimeOrigin(main.Time0_Text);
     const double dT = TextNum(main.DeltaT_Text->Text().toStdString());
     DrawXMarks(*this, *c.TimeSeriesZoom, 0, *c.XmarksFrame, c.Xmarks,
                static_cast<float>(T0 + (FragFirstSample - 1) * dT),
@@ -152,7 +152,7 @@ void SignalZoomForm::SaveFragButton_Click() {
     SignalZoomFormControls& c = ui();
     const Form1Controls& main = workbench().form1().ui();
     const double dT = TextNum(main.DeltaT_Text->Text().toStdString());
-    const double T0 = TextNum(main.Time0_Text->Text().toStdString());
+    const double T0 = TimeOrigin(main.Time0_Text);
     const double T1 = T0 + (FragFirstSample - 1) * dT, T2 = T0 + (FragLastSample - 1) * dT;
     OutputFile file(names::Fragment(workbench().signalPlot().SignalFilePath.toStdString(), T1, T2));
     file.printLines(FragCount, [&](int i, std::string& out) {
@@ -214,7 +214,7 @@ void SignalZoomForm::TimeSeriesZoom_DblClick() {
     const Form1Controls& main = workbench().form1().ui();
     const SignalPlot& plot = workbench().signalPlot();
     const double dT = TextNum(main.DeltaT_Text->Text().toStdString());
-    const double T0 = TextNum(main.Time0_Text->Text().toStdString());
+    const double T0 = TimeOrigin(main.Time0_Text);
     const double T1 = T0 + (FragFirstSample - 1) * dT, T2 = T0 + (FragLastSample - 1) * dT;
     const bool trendInForce =
         workbench().signalPlot().isLoaded() &&
@@ -235,7 +235,7 @@ void SignalZoomForm::TimeSeriesZoom_MouseMove(int, int, float x, float y) {
     const double Wz = c.TimeSeriesZoom->ScaleWidth(), Hz = c.TimeSeriesZoom->ScaleHeight();
     const float s = static_cast<float>((FragLastSample - FragFirstSample) * x / Wz + FragFirstSample);
     const std::int32_t i = IntClamped(s);
-    const double t = TextNum(main.Time0_Text->Text().toStdString()) +
+    const double t = TimeOrigin(main.Time0_Text) +
                      (i - 1) * TextNum(main.DeltaT_Text->Text().toStdString());
     std::string tip = "Sample # " + NumText(i) + ",  Time=" + NumText(t);
     if (!detrended())

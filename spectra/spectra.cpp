@@ -37,7 +37,7 @@ void Form1::LaunchButton_Click() {
     c.RadiusText->setText(qs(NumText(MM)));
     DeltaT = ClampDeltaT(boxNumber(c.DeltaT_Text));
     c.DeltaT_Text->setText(qs(NumText(DeltaT)));
-    c.Time0_Text->setText(qs(NumText(boxNumber(c.Time0_Text))));
+    c.Time0_Text->setText(qs(NumText(TimeOrigin(c.Time0_Text))));
 
     FftLengAR = TransformSize(LengAR);
     NfAR = FftLengAR / 2;

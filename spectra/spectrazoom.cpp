@@ -189,7 +189,7 @@ void BandPassForm::connectHandlers() {
 void BandPassForm::Form_Activate() {
     BandPassFormControls& c = *ui_;
     const Form1Controls& main = workbench().form1().ui();
-    const double T0 = TextNum(main.Time0_Text->Text().toStdString());
+    const double T0 = TimeOrigin(main.Time0_Text);
     const double dT = TextNum(main.DeltaT_Text->Text().toStdString());
     const std::int32_t n = workbench().signalPlot().SignalLength;
     DrawXMarks(*this, *c.BandPassGraf, 0, *c.XmarksFrame, c.Xmarks, static_cast<float>(T0),
@@ -202,7 +202,7 @@ void BandPassForm::Form_Activate() {
 void BandPassForm::BandPassGraf_MouseMove(int, int, float x, float y) {
     BandPassFormControls& c = ui();
     const Form1Controls& main = workbench().form1().ui();
-    const double T0 = TextNum(main.Time0_Text->Text().toStdString());
+    const double T0 = TimeOrigin(main.Time0_Text);
     const double dT = TextNum(main.DeltaT_Text->Text().toStdString());
     const std::int32_t n = workbench().signalPlot().SignalLength;
     const double W = c.BandPassGraf->ScaleWidth(), H = c.BandPassGraf->ScaleHeight();
@@ -217,7 +217,7 @@ void BandPassForm::BandPassSaveButton_Click() {
     BandPassFormControls& c = ui();
     c.BandPassSaveButton->setEnabled(false);
     const Form1Controls& main = workbench().form1().ui();
-    const double T0 = TextNum(main.Time0_Text->Text().toStdString());
+    const double T0 = TimeOrigin(main.Time0_Text);
     const double dT = TextNum(main.DeltaT_Text->Text().toStdString());
     setForeColor(BasicColor(1));
     const double H = c.BandPassGraf->ScaleHeight();

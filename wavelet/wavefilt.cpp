@@ -154,7 +154,7 @@ void WaveFiltForm::Form_Activate() {
     WaveFiltFormControls& c = *ui_;
     const Form1Controls& main = workbench().form1().ui();
     const double dT = TextNum(main.DeltaT_Text->Text().toStdString());
-    const double t0 = TextNum(main.Time0_Text->Text().toStdString());
+    const double t0 = TimeOrigin(main.Time0_Text);
     Cls();
     DrawXMarks(*this, *c.WaveFiltGraf, 0, *c.XmarksFrame, c.Xmarks, static_cast<float>(t0),
                static_cast<float>(t0 + (Nrec - 1) * dT));
@@ -257,7 +257,7 @@ void WaveFiltForm::SaveThreshButton_Click() {
     c.SaveThreshButton->setEnabled(false);
     const Form1Controls& main = workbench().form1().ui();
     const double dT = TextNum(main.DeltaT_Text->Text().toStdString());
-    const double t0 = TextNum(main.Time0_Text->Text().toStdString());
+    const double t0 = TimeOrigin(main.Time0_Text);
     const bool daub = c.DaubOption->Value();
     const std::int32_t order = daub ? WaveCode : WaveCode - 100;
     const std::string level = c.ThreshLevel->Text().toStdString();
@@ -283,7 +283,7 @@ void WaveFiltForm::WaveFiltGraf_MouseMove(int, int, float x, float y) {
     const auto value =
         static_cast<float>(SignalMax - (SignalMax - SignalMin) * y /
                                            static_cast<float>(c.WaveFiltGraf->ScaleHeight()));
-    const double time = TextNum(main.Time0_Text->Text().toStdString()) +
+    const double time = TimeOrigin(main.Time0_Text) +
                         (n - 1) * TextNum(main.DeltaT_Text->Text().toStdString());
     c.WaveFiltGraf->setToolTipText(
         qs("Sample # " + NumText(n) + ", Time=" + NumText(time) + ", Value=" + NumText(value)));
@@ -356,7 +356,7 @@ void WaveFiltZoomForm::Form_Activate() {
     WaveFiltZoomFormControls& c = *ui_;
     const Form1Controls& main = workbench().form1().ui();
     const double dT = TextNum(main.DeltaT_Text->Text().toStdString());
-    const double t0 = TextNum(main.Time0_Text->Text().toStdString());
+    const double t0 = TimeOrigin(main.Time0_Text);
     Cls();
     DrawXMarks(*this, *c.WaveFiltZoomGraf, 0, *c.XmarksFrame, c.Xmarks,
                static_cast<float>(t0 + (ZoomFirstSample - 1) * dT),
@@ -372,7 +372,7 @@ void WaveFiltZoomForm::WaveFiltZoomGraf_MouseMove(int, int, float x, float y) {
                         static_cast<float>(c.WaveFiltZoomGraf->ScaleWidth()) +
                     ZoomFirstSample;
     const std::int32_t n = IntClamped(s);
-    const double time = TextNum(main.Time0_Text->Text().toStdString()) +
+    const double time = TimeOrigin(main.Time0_Text) +
                         (n - 1) * TextNum(main.DeltaT_Text->Text().toStdString());
     const float value =
         ZoomMax - (ZoomMax - ZoomMin) * y / static_cast<float>(c.WaveFiltZoomGraf->ScaleHeight());

@@ -8,9 +8,10 @@
 namespace tarnic {
 
 std::int32_t ClampDetailLevel(double typed, std::int32_t levPow) {
+    // A number that does not fit 32 bits falls back on 2, which the bounds
+    // then hold too: a fragment of 32 samples allows level 1 only.
     const auto read = IntOf(typed);
-    if (!read) return 2;
-    std::int32_t level = *read;
+    std::int32_t level = read ? *read : 2;
     if (level < 1) level = 1;
     if (level > levPow - 4) level = levPow - 4;
     return level;

@@ -7,7 +7,7 @@
 namespace tarnic {
 
 // The level from its box: the integer part within 1 .. levPow - 4; a number
-// that does not fit 32 bits gives 2 and no bound is applied to it.
+// that does not fit 32 bits counts as 2, within the same bounds.
 std::int32_t ClampDetailLevel(double typed, std::int32_t levPow);
 
 // Components of a decomposition: splitCoef sub-levels of every level 1 .. levMax.

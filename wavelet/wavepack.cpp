@@ -165,7 +165,7 @@ void WaveDecForm::Form_Load() {
 void WaveDecForm::Form_Activate() {
     const Form1Controls& main = workbench().form1().ui();
     const double dT = TextNum(main.DeltaT_Text->Text().toStdString());
-    const double t0 = TextNum(main.Time0_Text->Text().toStdString());
+    const double t0 = TimeOrigin(main.Time0_Text);
     DrawXMarks(*this, *ui_->WaveDecGraf, 0, *ui_->XmarksFrame, ui_->Xmarks, static_cast<float>(t0),
                static_cast<float>(t0 + (Nrec - 1) * dT));
 }
@@ -186,7 +186,7 @@ void WaveDecForm::WaveDecGraf_MouseMove(int, int, float x, float y) {
     const double s = x * (Nrec - 1) / c.WaveDecGraf->ScaleWidth() + 1;
     const std::int32_t n = IntClamped(s);
     std::string tip = "Sample # " + NumText(n) + ", Time=" +
-                      NumText(TextNum(main.Time0_Text->Text().toStdString()) + (n - 1) * dT);
+                      NumText(TimeOrigin(main.Time0_Text) + (n - 1) * dT);
     const double B = c.WaveDecGraf->ScaleHeight() / ComponentCount;
     for (int k = 1; k <= ComponentCount; ++k) {
         SelectedComponent = k;
@@ -207,7 +207,7 @@ void WaveDecForm::WaveDecGraf_DblClick() {
         component[i] = scale_(k) * data_.vector()[base + i] + mean_(k);
     const Form1Controls& main = workbench().form1().ui();
     const double dT = TextNum(main.DeltaT_Text->Text().toStdString());
-    const double t0 = TextNum(main.Time0_Text->Text().toStdString());
+    const double t0 = TimeOrigin(main.Time0_Text);
     OutputFile file(names::Component(WdcStem.toStdString(), dT * tmin_(k), dT * tmax_(k)));
     file.printLines(Nrec, [&](int i, std::string& out) {
         AppendTwoColumnRecord(out, component[static_cast<std::size_t>(i - 1)], t0 + dT * (i - 1));

@@ -271,6 +271,7 @@ TEST(PlotSurface, AMillionSegmentsCostOnePaintAndCoverEveryColumn) {
     auto y = [&](int i) { return (i % 2 == 0) ? H / 4 : 3 * H / 4; };
     for (int i = 1; i < n; ++i)
         surface.Line(kLineSegment, W * (i - 1) / (n - 1), y(i - 1), W * i / (n - 1), y(i));
+    EXPECT_LT(surface.canvas().pendingPoints(), 20000u) << "the waiting curve is reduced as it grows";
     const QImage& image = surface.canvas().image();
     EXPECT_EQ(surface.canvas().paintedCount() - before, 1u);
     const int top4 = static_cast<int>(H / 4 / 15), bottom4 = static_cast<int>(3 * H / 4 / 15);
@@ -296,6 +297,31 @@ TEST(PlotSurface, CellsSmallerThanAPixelStillPaintTheirPixel) {
         for (int y = 10; y < 12; ++y) EXPECT_EQ(image.pixel(x, y), qRgb(0xAB, 0xCD, 0xEF));
     EXPECT_EQ(image.pixel(13, 10), qRgb(255, 255, 255));
     EXPECT_EQ(image.pixel(10, 12), qRgb(255, 255, 255));
+}
+
+TEST(PlotSurface, ThinMapCellsShowTheStrongestValueOfTheirPixel) {
+    QWidget top;
+    PlotSurface surface(&top);
+    surface.placeSurface(0, 0, 1530, 1530);
+    // Ten cells a tenth of a pixel wide share pixel column 20; the strongest,
+    // wherever it stands among them, is what the pixel shows.
+    for (int strongest : {0, 4, 9}) {
+        surface.Cls();
+        surface.BeginCells();
+        for (int k = 0; k < 10; ++k) {
+            const bool burst = k == strongest;
+            surface.setForeColor(burst ? QColor(Qt::red) : QColor(Qt::blue));
+            surface.Cell(15 * 20 + 1.5 * k, 15 * 5, 1.5, 15 * 3, burst ? 9.f : float(k) / 10);
+        }
+        EXPECT_EQ(surface.canvas().image().pixel(20, 6), qRgb(255, 0, 0)) << strongest;
+    }
+    // Without BeginCells the last cell wins, as for any filled box.
+    surface.Cls();
+    surface.setForeColor(Qt::red);
+    surface.Cell(15 * 20, 15 * 5, 1.5, 15, 9.f);
+    surface.setForeColor(Qt::blue);
+    surface.Cell(15 * 20 + 1.5, 15 * 5, 1.5, 15, 0.f);
+    EXPECT_EQ(surface.canvas().image().pixel(20, 5), qRgb(0, 0, 255));
 }
 
 TEST(PlotSurface, PointerInTwipsAndNoEventsWhenDisabled) {

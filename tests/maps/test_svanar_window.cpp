@@ -329,3 +329,19 @@ TEST_F(SvanAr, SaveGrdWritesBase10LogarithmsIntoTheGridDirectory) {
     const std::string replaced = "DSAA\r\n 19  63 \r\n 49.5 499.5\r\n";
     EXPECT_EQ(readBytes(file).substr(0, replaced.size()), replaced);
 }
+
+// A dT that is no positive number is repaired to 1 as Launch Spectra repairs
+// it: the marks and the grid header hold finite times.
+TEST_F(SvanAr, AnInvalidDeltaTIsRepairedBeforeItReachesMarksOrGrids) {
+    for (const char* typed : {"0", "-2", "abc", "1e400"}) {
+        openWith(1000, mixture, "dt.dat");
+        ui().DeltaT_Text->setText(typed);
+        launch("100", "50", "4");
+        EXPECT_EQ(ui().DeltaT_Text->Text(), " 1") << typed;
+        c().SaveGRD->click();
+        const std::string header = readBytes(dir / "GRID_files" / "Lg(Sp)_dt_Leng= 100,Shift= 50,AR= 4.grd").substr(0, 60);
+        EXPECT_EQ(header.find("NaN"), std::string::npos) << typed << ": " << header;
+        EXPECT_EQ(header.find("Inf"), std::string::npos) << typed << ": " << header;
+        EXPECT_NE(header.find(" 99 999\r\n"), std::string::npos) << typed << ": " << header;
+    }
+}

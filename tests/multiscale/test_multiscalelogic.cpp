@@ -164,10 +164,20 @@ TEST(WtmmRange, SeparatorsAndRecordsWithoutATimeDoNotCount) {
     EXPECT_EQ(none.max, -1E+35f);
 }
 
-TEST(WtmmChecks, CountsComeFirst) {
-    EXPECT_EQ(CheckWtmmCounts(Counts{0, 0, 0, 0, 0, 0, 0}), WtmmProblem::NoRecords);
-    EXPECT_EQ(CheckWtmmCounts(Counts{0, 3, 0, -1, 0, 0, 0}), WtmmProblem::BadCounts);
-    EXPECT_EQ(CheckWtmmCounts(Counts{0, 0, 0, 0, 0, 0, 1}), WtmmProblem::None);
+TEST(WtmmChecks, AFlatFragmentComesFirstThenTheCounts) {
+    const std::vector<double> wavy = {0.0, 1.0, -1.0};
+    EXPECT_EQ(CheckWtmmCounts(Counts{0, 0, 0, 0, 0, 0, 0}, wavy, wavy), WtmmProblem::NoRecords);
+    EXPECT_EQ(CheckWtmmCounts(Counts{0, 3, 0, -1, 0, 0, 0}, wavy, wavy), WtmmProblem::BadCounts);
+    EXPECT_EQ(CheckWtmmCounts(Counts{0, 0, 0, 0, 0, 0, 1}, wavy, wavy), WtmmProblem::None);
+    // A constant, and a line detrended to rounding noise, say so rather than
+    // asking for another threshold.
+    const std::vector<double> constant(3, 5.0), zeros(3, 0.0);
+    EXPECT_EQ(CheckWtmmCounts(Counts{0, 0, 0, 0, 0, 0, 0}, constant, zeros), WtmmProblem::FlatDetrended);
+    EXPECT_EQ(CheckWtmmCounts(Counts{0, 0, 0, 0, 0, 0, 0}, zeros, zeros), WtmmProblem::FlatDetrended);
+    const std::vector<double> line = {100.0, 200.0, 300.0}, noise = {1e-13, -2e-13, 1e-13};
+    EXPECT_EQ(CheckWtmmCounts(Counts{0, 0, 0, 0, 0, 0, 0}, line, noise), WtmmProblem::FlatDetrended);
+    const std::vector<double> small = {1e-3, 0.0, -1e-3};
+    EXPECT_EQ(CheckWtmmCounts(Counts{0, 0, 0, 0, 0, 0, 0}, line, small), WtmmProblem::NoRecords);
 }
 
 TEST(WtmmChecks, EachUndrawableRunIsNamed) {

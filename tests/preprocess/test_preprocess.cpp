@@ -58,6 +58,15 @@ TEST_F(Preprocessing, ANewTimeStepTakesEffectWithoutASpectrumRun) {
         << "the winsorized file starts at T0";
 }
 
+TEST_F(Preprocessing, AnInitialTimeBeyondTheDoubleRangeCountsAsZero) {
+    load("x.dat", series(40, [](int i) { return i * i; }));
+    ui().Time0_Text->setText("1e400");
+    ui().IncremButton->click();
+    EXPECT_EQ(file("x-INC.dat").substr(0, 8), " 3 1\r\n 5") << "dated from 0, not from infinity";
+    ui().LaunchButton->click();
+    EXPECT_EQ(ui().Time0_Text->Text(), " 0") << "the box shows the repair";
+}
+
 TEST_F(Preprocessing, WinsorizationCentresAndClipsAtFourStandardDeviations) {
     load("w.dat", series(32, [](int i) { return i; }));
     ui().WinzorButton->click();

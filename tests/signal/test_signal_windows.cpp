@@ -74,6 +74,11 @@ TEST_F(SignalWindows, OpeningHidesTheMainWindowAndDrawsTheSignalInBlack) {
     EXPECT_EQ(plot().TrendRadius, 0);
     EXPECT_EQ(states(), "0001") << "just opened: only the zoom works";
     EXPECT_EQ(pc().NofSamplesInside->Caption(), "Number of samples between red lines =  300");
+    // Both red cursors stand over the whole plot before any scroll.
+    for (const LineObject* line : {pc().Line_Left, pc().Line_Right}) {
+        EXPECT_EQ(line->Y1(), 0);
+        EXPECT_EQ(line->Y2(), static_cast<float>(pc().TimeSeriesGraf->ScaleHeight()));
+    }
     QApplication::processEvents();
     EXPECT_EQ(pc().Xmarks[0]->Caption(), "0");
     EXPECT_EQ(pc().Xmarks[5]->Caption(), "299");

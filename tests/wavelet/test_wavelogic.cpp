@@ -13,7 +13,8 @@ TEST(DetailLevel, ClampedBetweenOneAndFourBelowThePowerOfTwo) {
     EXPECT_EQ(ClampDetailLevel(100, 11), 7) << "1025 samples allow level 7";
     EXPECT_EQ(ClampDetailLevel(13, 17), 13);
     EXPECT_EQ(ClampDetailLevel(3, 5), 1) << "32 samples allow level 1 only";
-    EXPECT_EQ(ClampDetailLevel(3e9, 10), 2) << "a number beyond 32 bits gives 2 unbounded";
+    EXPECT_EQ(ClampDetailLevel(3e9, 10), 2) << "a number beyond 32 bits counts as 2";
+    EXPECT_EQ(ClampDetailLevel(3e9, 5), 1) << "within the bounds of a 32-sample fragment";
 }
 
 TEST(PacketVolume, EightMillionPassesAndMoreIsRefused) {
