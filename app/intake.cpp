@@ -208,9 +208,7 @@ void Form1::File1_DblClick() {
         c.Drive1->setEnabled(false);
     } catch (const std::exception&) {
         // The library is missing, lacks a routine, or the work ran out of memory.
-        showMessage("Files: Dforrtd.dll, Msvcrtd.dll and msvbvm60.dll are required within "
-                    "application directory or c:\\windows\\system(32)\r\n"
-                    "File Tarnic.dll is necessary within application directory only");
+        showMessage(kMissingLibraryMessage);
         c.FrameSpectraView->setEnabled(false);
         c.FrameHScroll->setEnabled(false);
         c.Picture1->Cls();

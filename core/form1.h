@@ -86,6 +86,12 @@ class Form1 : public FormOf<Form1Controls> {
     explicit Form1(Workbench& workbench);
 
     static constexpr const char* kStartCaption = "   Varnholt,    Orvane.";
+    // Told when the numeric library cannot be loaded or lacks a routine: what
+    // this program needs on Linux, in the form of the original message.
+    static constexpr const char* kMissingLibraryMessage =
+        "Files: libfftw3.so.3, libfftw3f.so.3 and the Qt 6 libraries are required within "
+        "the system's library folders (the package manager installs them)\r\n"
+        "File Tarnic.dll is necessary within application directory only";
     static constexpr const char* kWorkCaption = "   Varnholt,   Orvane.";
 
     // The loaded signal and what the intake derived from it.

@@ -15,6 +15,8 @@ namespace {
 
 constexpr double kPi = std::numbers::pi;
 constexpr std::size_t kGridRefinement = 4;
+// The shortest period the search considers, in samples (see harmonic.h).
+constexpr double kShortestPeriod = 8.0;
 constexpr std::size_t kCandidates = 5;
 constexpr double kNotACandidate = 0.7;
 // A column whose centred sum of squares is below this share of n does not exist
@@ -216,11 +218,11 @@ struct GridPeak {
     double ratio;
 };
 
-// The highest local maxima of the grid's variance ratio (scanGrid), at most
-// kCandidates, highest first. An end of the grid counts as a maximum when its one
-// neighbour is lower.
+// The highest local maxima of the grid's variance ratio (scanGrid) at k =
+// first .. last, at most kCandidates, highest first. An end of the range counts
+// as a maximum when its one neighbour is lower.
 std::vector<GridPeak> gridPeaks(std::span<const double> centred, double total, std::size_t length,
-                                std::size_t first) {
+                                std::size_t first, std::size_t last) {
     std::vector<GridPeak> peaks; // kept sorted, highest first
     const auto offer = [&](std::size_t k, double value) {
         if (peaks.size() == kCandidates && value <= peaks.back().ratio) return;
@@ -231,11 +233,12 @@ std::vector<GridPeak> gridPeaks(std::span<const double> centred, double total, s
     };
     double before = -1.0, previous = -1.0; // ratios at k - 2 and k - 1, -1 where none
     scanGrid(centred, total, length, first, [&](std::size_t k, double current) {
+        if (k > last) return;
         if (k > first && previous >= before && previous > current) offer(k - 1, previous);
         before = previous;
         previous = current;
     });
-    if (previous >= before) offer(length / 2, previous);
+    if (previous >= before) offer(last, previous);
     return peaks;
 }
 
@@ -366,18 +369,21 @@ HarmonicFit bestFitHarmonic(std::span<const double> y) {
     if (n < 4 || !(total > 0.0)) return flatFit(y, mean);
 
     // Grid k / length with length a power of two of at least 4n (so the plans
-    // recur); frequencies from 1/n (k = first) to 1/2 (k = length / 2).
+    // recur); frequencies from 1/n (k = first) to 1/kShortestPeriod (k = last).
     std::size_t length = 1;
     while (length < kGridRefinement * n)
         length <<= 1;
     const std::size_t first = (length + n - 1) / n;
-    std::vector<GridPeak> peaks = gridPeaks(centred, total, length, first);
+    const double lowest = 1.0 / static_cast<double>(n);
+    const double highest = std::max(lowest, 1.0 / kShortestPeriod);
+    const std::size_t last =
+        std::max(first, static_cast<std::size_t>(std::floor(highest * static_cast<double>(length))));
+    std::vector<GridPeak> peaks = gridPeaks(centred, total, length, first, last);
     // The grid is fine enough that refining a peak raises its ratio by a few
     // percent at most; peaks far below the highest cannot overtake it.
-    const double highest = peaks.front().ratio;
-    std::erase_if(peaks, [&](const GridPeak& p) { return p.ratio < kNotACandidate * highest; });
+    const double tallest = peaks.front().ratio;
+    std::erase_if(peaks, [&](const GridPeak& p) { return p.ratio < kNotACandidate * tallest; });
 
-    const double lowest = 1.0 / static_cast<double>(n);
     const double step = 1.0 / static_cast<double>(length);
     const auto negatedRatio = [&](double f) {
         return -ratio(solve(directSums(centred, f), n).explained, total);
@@ -386,7 +392,7 @@ HarmonicFit bestFitHarmonic(std::span<const double> y) {
     double bestValue = negatedRatio(bestFrequency);
     for (const GridPeak& peak : peaks) {
         const double lo = std::max(lowest, static_cast<double>(peak.k - 1) * step);
-        const double hi = std::min(0.5, static_cast<double>(peak.k + 1) * step);
+        const double hi = std::min(highest, static_cast<double>(peak.k + 1) * step);
         const auto [f, value] = brentMinimum(negatedRatio, lo, hi);
         if (value < bestValue) {
             bestValue = value;
@@ -394,8 +400,8 @@ HarmonicFit bestFitHarmonic(std::span<const double> y) {
         }
     }
     // Brent never evaluates the ends of its interval; the range's own ends
-    // (period n, period 2) are candidates of their own.
-    for (double f : {lowest, 0.5}) {
+    // (period n, period kShortestPeriod) are candidates of their own.
+    for (double f : {lowest, highest}) {
         const double value = negatedRatio(f);
         if (value < bestValue) {
             bestValue = value;

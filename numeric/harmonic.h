@@ -1,5 +1,5 @@
 // The best-fitting harmonic of unknown period: a sinusoid plus a constant fitted
-// by least squares, with the period searched over all periods the series can show.
+// by least squares, with the period searched over the low frequencies.
 #pragma once
 
 #include <cstddef>
@@ -41,15 +41,18 @@ HarmonicFit fitHarmonic(std::span<const double> y, double frequency);
 // bestFitHarmonic() scans this grid (length >= 4n) before refining.
 std::vector<double> varianceRatioGrid(std::span<const double> y, std::size_t length);
 
-// The harmonic of unknown period that explains the largest share of the variance
-// of y, among the frequencies
+// The low-frequency harmonic of unknown period that explains the largest share
+// of the variance of y, among the frequencies
 //
-//     1 / n <= f <= 1 / 2     (periods from the whole length down to 2 samples):
+//     1 / n <= f <= 1 / 8     (periods from the whole length down to 8 samples):
 //
-// every period the series holds at least one full cycle of, down to the shortest
-// that sampling can show. Longer periods are left out: with less than a cycle in
-// the record a sinusoid plus a constant can bend itself to any slow drift, and its
-// period is no longer told by the data.
+// every period the series holds at least one full cycle of, down to 8 samples.
+// Longer periods are left out: with less than a cycle in the record a sinusoid
+// plus a constant can bend itself to any slow drift, and its period is no longer
+// told by the data. Shorter ones are left out because the search is for the slow
+// oscillation of a fragment: a strong ripple of 2 to 7 samples (sampling noise,
+// a daily cycle in hourly data) would otherwise hide the harmonic sought. A
+// series of fewer than 8 samples is searched at its own length only.
 //
 // Search: the variance ratio is evaluated exactly (closed forms for the sums of
 // the columns, one zero-padded FFT for their products with y) on a grid four
