@@ -1,5 +1,7 @@
 #include "core/outputfile.h"
 
+#include "numeric/workers.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <deque>
@@ -87,7 +89,7 @@ void OutputFile::printLines(int count, const std::function<void(int, std::string
     int next = 1;
     while (next <= count || !pending.empty()) {
         while (next <= count && static_cast<int>(pending.size()) < workers) {
-            pending.push_back(std::async(std::launch::async, formatBlock, next));
+            pending.push_back(startWorker([&formatBlock, next] { return formatBlock(next); }));
             next += kBlock;
         }
         print(pending.front().get());

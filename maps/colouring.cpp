@@ -1,5 +1,7 @@
 #include "maps/colouring.h"
 
+#include "numeric/workers.h"
+
 #include "core/naming.h"
 #include "core/numtext.h"
 #include "core/outputfile.h"
@@ -106,7 +108,7 @@ bool WriteGrid(const std::string& path, const GridHeader& header, const GridValu
     int next = 1;
     while (next <= ny || !pending.empty()) {
         while (next <= ny && static_cast<int>(pending.size()) < 2 * workers) {
-            pending.push_back(std::async(std::launch::async, formatBlock, next));
+            pending.push_back(startWorker([&formatBlock, next] { return formatBlock(next); }));
             next += rowsPerBlock;
         }
         file.print(pending.front().get());

@@ -1,5 +1,7 @@
 #include "maps/svanarlogic.h"
 
+#include "numeric/workers.h"
+
 #include "core/numtext.h"
 
 #include <algorithm>
@@ -161,7 +163,7 @@ void ComputeSpectraEvolution(std::span<const float> input, const SvanLayout& l, 
     const int workers = static_cast<int>(std::max(1u, std::thread::hardware_concurrency()));
     std::vector<std::future<void>> jobs;
     for (int t = 0; t < workers; ++t)
-        jobs.push_back(std::async(std::launch::async, worker));
+        jobs.push_back(startWorker(worker));
     for (auto& job : jobs)
         job.get();
 }

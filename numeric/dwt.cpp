@@ -1,6 +1,7 @@
 #include "numeric/dwt.h"
 
 #include "numeric/wavelet_filters.h"
+#include "numeric/workers.h"
 
 #include <algorithm>
 #include <array>
@@ -436,7 +437,7 @@ void forEachIndex(std::size_t count,
     threads.reserve(workers - 1);
     try {
         for (std::size_t w = 1; w < workers; ++w)
-            threads.emplace_back(work, w);
+            threads.push_back(startThread<std::thread>(work, w));
     } catch (...) {
         // No thread to spare: the ones started and this one do all the work.
     }

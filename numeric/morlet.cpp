@@ -1,6 +1,7 @@
 #include "numeric/morlet.h"
 
 #include "numeric/fft_plans.h"
+#include "numeric/workers.h"
 
 #include <algorithm>
 #include <cmath>
@@ -20,7 +21,7 @@ template <class Work> void runWorkers(std::size_t workers, const Work& work) {
     std::size_t started = 1;
     for (; started < workers; ++started) {
         try {
-            threads.emplace_back([&work, started] { work(started); });
+            threads.push_back(startThread<std::jthread>([&work, started] { work(started); }));
         } catch (const std::system_error&) {
             break;
         }

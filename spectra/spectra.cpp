@@ -6,6 +6,7 @@
 #include "core/outputfile.h"
 #include "core/tarniclibrary.h"
 #include "core/workbench.h"
+#include "numeric/workers.h"
 #include "spectra/bandpassform.h"
 #include "spectra/spectrazoomform.h"
 #include "spectra/spectrumrun.h"
@@ -74,7 +75,7 @@ void Form1::LaunchButton_Click() {
         const int workers = std::max(1u, std::thread::hardware_concurrency());
         std::vector<std::future<void>> jobs;
         for (int t = 0; t < workers; ++t)
-            jobs.push_back(std::async(std::launch::async, [&, t] {
+            jobs.push_back(startWorker([&, t] {
                 for (int w = 2 + t; w <= count; w += workers) window(w);
             }));
         for (auto& job : jobs) job.get();

@@ -2,6 +2,7 @@
 #include "core/naming.h"
 #include "core/numtext.h"
 #include "core/outputfile.h"
+#include "numeric/workers.h"
 #include "tests/numeric/test_support.h"
 
 #include <gtest/gtest.h>
@@ -108,6 +109,19 @@ TEST(OutputFiles, WrittenWholeUnderTheFinalNameAndReplacingAnOldOne) {
     EXPECT_EQ(test::readBytes(path), "1 0\r\n");
     EXPECT_EQ(std::distance(fs::directory_iterator(dir.path()), fs::directory_iterator()), 1)
         << "no temporary file is left";
+    // Long files are formatted on worker threads; without them, the same bytes.
+    std::string bytes[2];
+    for (bool refuse : {false, true}) {
+        refuseWorkerThreads = refuse;
+        OutputFile lines((dir / "many.dat").string());
+        lines.printLines(100000, [](int i, std::string& out) { out += std::to_string(i) + "\r\n"; });
+        refuseWorkerThreads = false;
+        ASSERT_TRUE(lines.close());
+        bytes[refuse] = test::readBytes(dir / "many.dat");
+    }
+    EXPECT_EQ(bytes[0], bytes[1]);
+    EXPECT_EQ(bytes[1].substr(bytes[1].size() - 8), "100000\r\n");
+    fs::remove(dir / "many.dat");
     // A final name as long as the system allows (255 bytes) is written too.
     const std::string longest = (dir / (std::string(251, 'n') + ".dat")).string();
     OutputFile named(longest);

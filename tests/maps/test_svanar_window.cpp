@@ -6,6 +6,7 @@
 #include "core/numtext.h"
 #include "maps/colouring.h"
 #include "maps/svanarform.h"
+#include "numeric/workers.h"
 #include "tests/core/mainwindow_fixture.h"
 #include "tests/numeric/spectral_support.h"
 
@@ -344,4 +345,24 @@ TEST_F(SvanAr, AnInvalidDeltaTIsRepairedBeforeItReachesMarksOrGrids) {
         EXPECT_EQ(header.find("Inf"), std::string::npos) << typed << ": " << header;
         EXPECT_NE(header.find(" 99 999\r\n"), std::string::npos) << typed << ": " << header;
     }
+}
+
+// On a system that refuses new threads the windows' parallel work (the AR
+// map's windows, the main spectrum's windows) runs here with the same result.
+TEST_F(SvanAr, WithoutWorkerThreadsTheMapAndTheSpectraAreTheSame) {
+    openWith(4000);
+    ui().AR_Length_Text->setText("512");
+    std::vector<std::vector<float>> runs;
+    for (bool refuse : {false, true}) {
+        refuseWorkerThreads = refuse;
+        launch("512", "64", "20");
+        ui().LaunchButton->click();
+        refuseWorkerThreads = false;
+        std::vector<float> values(form().SpAR.span().begin(), form().SpAR.span().end());
+        for (int w = 1; w <= svan().SvanCount; ++w)
+            for (int k = svan().SvanCut; k <= svan().SvanHalf; ++k) values.push_back(svan().SvanMapAt(k, w));
+        runs.push_back(values);
+    }
+    EXPECT_GT(runs[0].size(), 1000u);
+    EXPECT_EQ(runs[0], runs[1]);
 }

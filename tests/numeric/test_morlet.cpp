@@ -1,11 +1,17 @@
 // Morlet transform: the period grid, the normalisation (unit wavelet energy,
 // flat white-noise power), the ridge of sinusoids and chirps, the cone of
 // influence, and MorletWaveSvan_dll as the program loads it.
+#include "numeric/dwt.h"
 #include "numeric/morlet.h"
+#include "numeric/workers.h"
 #include "numeric/tarnic_api.h"
 #include "spectral_support.h"
 
 #include <gtest/gtest.h>
+
+#include <mutex>
+#include <set>
+#include <thread>
 
 #include <dlfcn.h>
 
@@ -232,6 +238,31 @@ TEST_F(MorletBinding, ConstantFragmentGivesTheFiniteFloor) {
         ASSERT_EQ(v, static_cast<float>(std::log10(double{std::numeric_limits<float>::min()})));
     for (float v : powers)
         ASSERT_EQ(v, std::numeric_limits<float>::min());
+}
+
+// On a system that refuses new threads the work runs on the calling thread and
+// gives the same results.
+TEST(Workers, RefusedThreadsChangeNoResult) {
+    std::vector<double> x(3000);
+    for (std::size_t t = 0; t < x.size(); ++t) x[t] = std::sin(0.05 * t) + 0.3 * std::cos(0.9 * t * t / 3000);
+    const std::vector<double> periods = morletPeriods(2.0, 500.0, 40);
+    const MorletTransform threaded = morletTransform(x, periods);
+
+    refuseWorkerThreads = true;
+    const MorletTransform alone = morletTransform(x, periods);
+    std::set<std::thread::id> threads;
+    std::mutex guard;
+    forEachIndex(1000, [&](std::size_t, std::size_t) {
+        const std::lock_guard lock(guard);
+        threads.insert(std::this_thread::get_id());
+    });
+    std::future<std::thread::id> later = startWorker([] { return std::this_thread::get_id(); });
+    refuseWorkerThreads = false;
+
+    EXPECT_EQ(alone.power, threaded.power);
+    EXPECT_EQ(alone.spectrum, threaded.spectrum);
+    EXPECT_EQ(threads, std::set<std::thread::id>{std::this_thread::get_id()});
+    EXPECT_EQ(later.get(), std::this_thread::get_id());
 }
 
 } // namespace
