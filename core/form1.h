@@ -174,6 +174,7 @@ class Form1 : public FormOf<Form1Controls> {
 
   private:
     void showMessage(const QString& text);
+    void withdrawNote(const QString& note);
     void commonRejection();
     void refreshBrowserAfterFailure();
     // Dir1 path + "/" + InFileName: the stem of the files written beside the data.

@@ -202,9 +202,14 @@ void Form1::PlotSpectra() {
             drawCurve(FreqFour, level.level, kLevelColour, 1);
             note = WhiteNoiseNote(level.fit);
         }
+        const QString shown = RedNoiseNote;
         RedNoiseNote = qs(note);
         if (!note.empty()) showMessage(RedNoiseNote);
+        else if (!shown.isEmpty()) withdrawNote(shown);
         pic.setForeColor(BasicColor(1));
+    } else if (!RedNoiseNote.isEmpty()) {
+        withdrawNote(RedNoiseNote);
+        RedNoiseNote.clear();
     }
 
     c.FrameSpectraView->setEnabled(true);
@@ -212,6 +217,13 @@ void Form1::PlotSpectra() {
     c.ZoomButton->setEnabled(true);
     ResetCursors();
     c.Y_axis_Label->setVisible(true);
+}
+
+// A white-noise note that no longer applies leaves the message line, unless
+// another message has taken its place since.
+void Form1::withdrawNote(const QString& note) {
+    Label& line = *ui().MessLineLabel;
+    if (line.Visible() && line.Caption() == note) line.setVisible(false);
 }
 
 void Form1::SpectraViewCheck_Click() {

@@ -403,6 +403,9 @@ TEST_F(SpectrumRun, ABlueSeriesGetsAFlatBackgroundAndTheReason) {
     EXPECT_TRUE(message().startsWith("red noise taken as white noise: the lag-1 autocorrelation -"))
         << message().toStdString();
     EXPECT_TRUE(message().endsWith("is negative")) << message().toStdString();
+    form().ShowRedNoiseBackground = false;
+    form().PlotSpectra();
+    EXPECT_EQ(message(), "") << "the note goes with the overlay";
 }
 
 TEST_F(SpectrumRun, TheSaveWritesTheCompanionsOfTheOverlaysAndKeepsItsOwnFiles) {
