@@ -72,6 +72,21 @@ const std::vector<OptionSpec> kSpectraViewOptions = {
     {"freq", "frequency (1) or period (0) on the x axis", "0"},
 };
 
+// The red-noise overlays: drawn in --picture, their companion files written
+// beside the window's own.
+const std::vector<OptionSpec> kSpectraOverlayOptions = {
+    {"significance", "red-noise significance level P of the Fourier estimate: 0.95 or 0.99",
+     "none"},
+    {"background", "red-noise background of the Burg estimate (takes no value)", "off"},
+};
+const std::vector<OptionSpec> kMorletOverlayOptions = {
+    {"significance", "local significance contour and wavelet spectrum level P: 0.95", "none"},
+    {"cone", "cone of influence: shading, edge and its file (takes no value)", "off"},
+};
+
+// The options that take no value: given means on.
+bool isFlag(const QString& name) { return name == "background" || name == "cone"; }
+
 // A fragment of the signal window, optionally of the residual of a trend.
 const std::vector<OptionSpec> kFragmentOptions = {
     {"from", "time of the fragment's first sample", "the signal's first"},
@@ -142,6 +157,19 @@ class Run {
             say(QString::fromStdString(t.name) + " " + t.text.trimmed() + " repaired to " + now.trimmed());
         }
         typed_.clear();
+    }
+
+    // The probability of --significance: the nearest of `levels`, reported
+    // when it is not the value given.
+    double level(std::initializer_list<double> levels) {
+        const double given = number("significance");
+        double best = *levels.begin();
+        for (double p : levels)
+            if (std::abs(p - given) < std::abs(best - given)) best = p;
+        if (best != given)
+            say("significance " + value("significance").trimmed() + " repaired to " +
+                QString::number(best));
+        return best;
     }
 
     void say(const QString& message) {
@@ -304,10 +332,15 @@ void bandPass(Run& run) {
 const std::vector<Action>& actions() {
     static const std::vector<Action> list = {
         {"spectra", "Burg and Fourier spectra, as Save Spectra writes them",
-         {kSpectrumOptions, kSpectraViewOptions},
+         {kSpectrumOptions, kSpectraViewOptions, kSpectraOverlayOptions},
          [](Run& run) {
+             Form1& main = run.wb.form1();
+             main.ShowRedNoiseBackground = run.has("background");
+             main.ShowSignificanceLevel = run.has("significance");
+             if (run.has("significance")) main.SignificanceProbability = run.level({0.95, 0.99});
              launchSpectra(run);
-             run.wb.form1().SaveSpButton_Click();
+             if (!main.RedNoiseNote.isEmpty()) run.say(main.RedNoiseNote);
+             main.SaveSpButton_Click();
          }},
         {"increments", "the series of increments", {},
          [](Run& run) { run.wb.form1().IncremButton_Click(); }},
@@ -407,12 +440,18 @@ const std::vector<Action>& actions() {
              if (!run.refused) svan.SaveGRD_Click();
          }},
         {"morlet", "the Morlet wavelet map of a fragment (grid file and wavelet spectrum)",
-         {kFragmentOptions},
+         {kFragmentOptions, kMorletOverlayOptions},
          [](Run& run) {
+             MorletSvanForm& form = run.wb.morletSvanForm();
+             form.ShowConeOfInfluence = run.has("cone");
+             form.ShowSignificanceContour = run.has("significance");
+             if (run.has("significance")) run.level({MorletSvanForm::kContourProbability});
              openFragment(run);
              run.wb.signalZoomForm().MorletSvan_Click();
-             run.front = &run.wb.morletSvanForm();
-             if (!run.refused) run.wb.morletSvanForm().SaveGRD_Click();
+             run.front = &form;
+             if (run.refused) return;
+             if (!form.RedNoiseNote.isEmpty()) run.say(form.RedNoiseNote);
+             form.SaveGRD_Click();
          }},
         {"heisbox", "the Heisenberg boxes map of a fragment (grid file)",
          {kFragmentOptions, kPacketOptions, kWaveletOptions},
@@ -533,7 +572,11 @@ int RunBatch(const QStringList& args, std::FILE* out, std::FILE* err) {
         }
         QString name = a.mid(2), value;
         const qsizetype eq = name.indexOf('=');
-        if (eq >= 0) {
+        if (isFlag(name) && eq < 0) {
+            value = "1";
+        } else if (isFlag(name.left(eq))) {
+            return usage("option --" + name.left(eq) + " takes no value");
+        } else if (eq >= 0) {
             value = name.mid(eq + 1), name = name.left(eq);
         } else {
             if (i + 1 >= args.size()) return usage("option --" + name + " needs a value");

@@ -45,6 +45,14 @@ void Form1::connectHandlers() {
     c.LogX_Check->Click = [this] { SpectraViewCheck_Click(); };
     c.LogY_Check->Click = [this] { SpectraViewCheck_Click(); };
     c.Picture1->MouseMove = [this](int b, int s, float x, float y) { Picture1_MouseMove(b, s, x, y); };
+    c.Picture1->addMenuChoice(
+        "Red-Noise Background", [this] { return ShowRedNoiseBackground; },
+        [this] { RedNoiseBackground_Toggle(); });
+    for (const double p : {0.95, 0.99})
+        c.Picture1->addMenuChoice(
+            p == 0.95 ? "Significance Level 95 %" : "Significance Level 99 %",
+            [this, p] { return ShowSignificanceLevel && SignificanceProbability == p; },
+            [this, p] { SignificanceLevel_Toggle(p); });
     c.cursors = std::make_unique<CursorPair>(CursorPair::Setup{
         c.Picture1, c.Line_Left, c.Line_Right, c.HScroll_Left, c.HScroll_Right, 100.0f,
         [](float h) { return std::pair<float, float>(h / 3, h); },

@@ -119,6 +119,14 @@ class Form1 : public FormOf<Form1Controls> {
     Array1<float> SpAR, FreqAR, SpARWindow;
     Array1<float> PlotX, PlotY;
     float PlotXMin = 0, PlotXMax = 0, PlotXRange = 0, PlotYRange = 0;
+    // Overlays of the spectra view, chosen in Picture1's context menu (the
+    // program keeps the choice between runs) or by the batch tool; off, the
+    // view and Save Spectra are as without them.
+    bool ShowRedNoiseBackground = false; // red-noise background of the Burg estimate
+    bool ShowSignificanceLevel = false;  // significance level of the Fourier estimate
+    double SignificanceProbability = 0.95; // 0.95 or 0.99
+    // Why the last overlay took white noise for the background; else empty.
+    QString RedNoiseNote;
 
     // Derived series and wavelet-packet results.
     Array1<float> DownSignal;
@@ -147,6 +155,9 @@ class Form1 : public FormOf<Form1Controls> {
     void PlotSpectra();
     void SpectraViewCheck_Click(); // FreqCheck, LogX_Check and LogY_Check alike
     void SaveSpButton_Click();
+    // The context-menu choices of Picture1: each redraws the spectra.
+    void RedNoiseBackground_Toggle();
+    void SignificanceLevel_Toggle(double probability);
     void ShowSignGrafButton_Click();
     void ZoomButton_Click();
     void SvanArButton_Click();
@@ -169,6 +180,7 @@ class Form1 : public FormOf<Form1Controls> {
 
   private:
     void showMessage(const QString& text);
+    void withdrawNote(const QString& note);
     void commonRejection();
     void refreshBrowserAfterFailure();
     // Dir1 path + "/" + InFileName: the stem of the files written beside the data.

@@ -142,6 +142,20 @@ std::string SpectrumFourier(const std::string& D, const std::string& N, std::int
                        ".dat");
 }
 
+std::string SpectrumARRedNoise(const std::string& D, const std::string& N, std::int32_t nar,
+                               std::int32_t lengAR) {
+    return ComposeName(D + "/SpectEstimates/Sp_AR(" + N + ") AR=" + NumText(nar) +
+                           ",Leng=" + NumText(lengAR) + ",RedNoise",
+                       ".dat");
+}
+
+std::string SpectrumFourierLevel(const std::string& D, const std::string& N, std::int32_t mm,
+                                 std::int32_t lengF, std::int32_t percent) {
+    return ComposeName(D + "/SpectEstimates/Sp_Four(" + N + ") MM=" + NumText(mm) +
+                           ",Leng=" + NumText(lengF) + ",Level=" + NumText(percent),
+                       ".dat");
+}
+
 std::string BandPass(const std::string& bpfBaseName, double firstTime, double lastTime) {
     return ComposeName(bpfBaseName + "Tmin,max=" + ShortNumText(firstTime) + "," +
                            ShortNumText(lastTime),
@@ -206,6 +220,20 @@ std::string MorletGrid(const std::string& D, const std::string& N, float firstTi
 std::string MorletSpectrum(const std::string& D, const std::string& N, float firstTime,
                            float lastTime, bool detrended) {
     return ComposeName(D + "/SpectEstimates/Sp(WaveCoeff^2)_" + N + ",PART[" +
+                           bracketTimes(firstTime, lastTime) + "]",
+                       std::string(detrended ? ",DeTrended" : "") + ".dat");
+}
+
+std::string MorletSpectrumLevel(const std::string& D, const std::string& N, float firstTime,
+                                float lastTime, bool detrended, std::int32_t percent) {
+    return ComposeName(D + "/SpectEstimates/Sp(WaveCoeff^2)_" + N + ",PART[" +
+                           bracketTimes(firstTime, lastTime) + "],Level=" + NumText(percent),
+                       std::string(detrended ? ",DeTrended" : "") + ".dat");
+}
+
+std::string MorletCone(const std::string& D, const std::string& N, float firstTime,
+                       float lastTime, bool detrended) {
+    return ComposeName(D + "/GRID_files/Cone(WaveCoeff^2)_" + N + ",PART[" +
                            bracketTimes(firstTime, lastTime) + "]",
                        std::string(detrended ? ",DeTrended" : "") + ".dat");
 }

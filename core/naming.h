@@ -69,6 +69,13 @@ std::string SpectrumAR(const std::string& D, const std::string& N, std::int32_t 
                        std::int32_t lengAR);
 std::string SpectrumFourier(const std::string& D, const std::string& N, std::int32_t mm,
                             std::int32_t lengF);
+// Companions of the two spectrum files, written while an overlay is on: the
+// red-noise background of the Burg estimate (",RedNoise") and the background
+// and significance level of the Fourier estimate at `percent` (",Level= 95").
+std::string SpectrumARRedNoise(const std::string& D, const std::string& N, std::int32_t nar,
+                               std::int32_t lengAR);
+std::string SpectrumFourierLevel(const std::string& D, const std::string& N, std::int32_t mm,
+                                 std::int32_t lengF, std::int32_t percent);
 // bpfBaseName: S + "-BPF(", as the intake hands it to the band-pass window.
 std::string BandPass(const std::string& bpfBaseName, double firstTime, double lastTime);
 // radius and order as their NumText texts; an empty order means the kernel smoother.
@@ -91,6 +98,13 @@ std::string MorletGrid(const std::string& D, const std::string& N, float firstTi
                        float lastTime, bool detrended);
 std::string MorletSpectrum(const std::string& D, const std::string& N, float firstTime,
                            float lastTime, bool detrended);
+// Companions of the Morlet files: the significance level of the wavelet
+// spectrum at `percent` beside it ("Sp(WaveCoeff^2)_..],Level= 95") and the
+// cone of influence beside the grid ("Cone(WaveCoeff^2)_..]").
+std::string MorletSpectrumLevel(const std::string& D, const std::string& N, float firstTime,
+                                float lastTime, bool detrended, std::int32_t percent);
+std::string MorletCone(const std::string& D, const std::string& N, float firstTime,
+                       float lastTime, bool detrended);
 std::string HeisenbergGrid(const std::string& D, const std::string& N, float firstTime,
                            float lastTime, bool detrended);
 std::string SingularitySpectrum(const std::string& D, const std::string& N, float firstTime,

@@ -109,14 +109,34 @@ void PlotSurface::mouseMoveEvent(QMouseEvent* event) {
         QToolTip::showText(event->globalPosition().toPoint(), toolTip(), this);
 }
 
+void PlotSurface::addMenuChoice(const QString& text, std::function<bool()> isChecked,
+                                std::function<void()> toggle) {
+    menuChoices_.push_back({text, std::move(isChecked), std::move(toggle)});
+}
+
+std::unique_ptr<QMenu> PlotSurface::contextMenu() {
+    auto menu = std::make_unique<QMenu>(this);
+    for (const MenuChoice& choice : menuChoices_) {
+        QAction* action = menu->addAction(choice.text);
+        action->setCheckable(true);
+        action->setChecked(choice.isChecked());
+        QObject::connect(action, &QAction::triggered, menu.get(), [toggle = choice.toggle] { toggle(); });
+    }
+    if (!menuChoices_.empty()) menu->addSeparator();
+    menu->addAction("Save Picture...");
+    menu->addAction("Copy Picture");
+    return menu;
+}
+
 void PlotSurface::contextMenuEvent(QContextMenuEvent* event) {
     QWidget& window = *this->window();
-    QMenu menu(this);
-    QAction* save = menu.addAction("Save Picture...");
-    QAction* copy = menu.addAction("Copy Picture");
-    QAction* chosen = menu.exec(event->globalPos());
-    if (chosen == copy) CopyPicture(window);
-    if (chosen != save) return;
+    const std::unique_ptr<QMenu> menu = contextMenu();
+    QAction* chosen = menu->exec(event->globalPos());
+    if (!chosen) return;
+    const QString text = chosen->text();
+    const bool save = text == "Save Picture...";
+    if (text == "Copy Picture") CopyPicture(window);
+    if (!save) return;
     // The dialog opens where the last picture went.
     QSettings settings;
     const QString folder = settings.value("pictures/folder", QDir::homePath()).toString();

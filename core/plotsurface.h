@@ -10,7 +10,10 @@
 #include <QFrame>
 
 #include <functional>
+#include <memory>
 #include <vector>
+
+class QMenu;
 
 namespace tarnic {
 
@@ -69,6 +72,15 @@ class PlotSurface : public Control<QFrame> {
     LineObject& addLine(QColor color);
     Canvas& canvas() { return canvas_; }
 
+    // A checkable entry of the context menu, above the picture entries and a
+    // separator: `isChecked` gives its tick when the menu opens, `toggle` runs
+    // when the user chooses it. The window decides what the entry means.
+    void addMenuChoice(const QString& text, std::function<bool()> isChecked,
+                       std::function<void()> toggle);
+    // The context menu as it opens now: the choices, wired to their toggles,
+    // then "Save Picture..." and "Copy Picture" (their actions by those texts).
+    std::unique_ptr<QMenu> contextMenu();
+
     // MouseMove(button, shift, x, y) in twips of the inner area, and DblClick.
     std::function<void(int, int, float, float)> MouseMove;
     Handler DblClick;
@@ -87,6 +99,12 @@ class PlotSurface : public Control<QFrame> {
     bool repaintScheduled_ = false;
     Canvas canvas_;
     std::vector<std::unique_ptr<LineObject>> lines_;
+    struct MenuChoice {
+        QString text;
+        std::function<bool()> isChecked;
+        std::function<void()> toggle;
+    };
+    std::vector<MenuChoice> menuChoices_;
 };
 
 } // namespace tarnic

@@ -10,9 +10,13 @@
 #include "maps/colouring.h"
 #include "maps/colourscale.h"
 #include "maps/morletsvanform.h"
+#include "numeric/morlet.h"
+#include "numeric/significance.h"
 #include "signal/signalplot.h"
 #include "signal/signalzoomform.h"
+#include "spectra/rednoise.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace tarnic {
@@ -21,6 +25,16 @@ namespace {
 
 constexpr double kMapLeft = 1500, kMapTop = 420, kMapWidth = 10500, kMapHeight = 6000;
 constexpr double kScaleLeft = kMapLeft + kMapWidth + 300, kScaleWidth = 450;
+
+// A colour blended halfway to white: the cells outside the cone of influence.
+Rgb halfwayToWhite(Rgb c) {
+    auto mix = [&](int shift) { return ((((c >> shift) & 0xFF) + 0xFF) / 2) << shift; };
+    return mix(16) | mix(8) | mix(0);
+}
+
+double boxDeltaT(Workbench& wb) {
+    return TextNum(wb.form1().ui().DeltaT_Text->Text().toStdString());
+}
 
 } // namespace
 
@@ -68,22 +82,130 @@ void SignalZoomForm::MorletSvan_Click() {
     form.MorletScalesIn = scales;
     form.MorletMapIn = mapOut;
     form.MorletSpecIn = specOut;
+    form.SetSource({Fragment.span().begin(), Fragment.span().end()},
+                   morletPeriods(smin, smax, static_cast<std::size_t>(scales)));
 
     PlotSurface& map = *form.ui().MorletSvanMap;
-    const double W = map.ScaleWidth(), H = map.ScaleHeight();
-    const double cellW = W / (FragLeng - 1), cellH = H / (scales - 1);
     map.Cls();
     map.Refresh();
     form.Show();
-    BandLookup colour(form.MorletZmin, form.MorletZmax, MapPalette15);
-    map.BeginCells();
-    for (int i = 1; i <= scales; ++i)
-        for (int t = 1; t <= FragLeng; ++t) {
-            const float v = mapOut((i - 1) * FragLeng + t);
-            FillCell(map, (t - 1) * cellW, H - (i - 1) * cellH, cellW, cellH, colour(v), v);
-        }
+    form.DrawMap(mapOut, FragLeng, scales);
     DrawColorScale(*form.ui().ColorScale, MapPalette15);
     EnableFragmentControls();
+}
+
+void MorletSvanForm::SetSource(std::vector<float> fragment, std::vector<double> periods) {
+    MorletFragment = std::move(fragment);
+    MorletPeriods = std::move(periods);
+    significance_.reset();
+}
+
+const MorletSignificance& MorletSvanForm::Significance() {
+    if (!significance_)
+        significance_ = std::make_shared<const MorletSignificance>(
+            morletSignificance(std::span<const float>(MorletFragment), MorletPeriods,
+                               kContourProbability));
+    return *significance_;
+}
+
+void MorletSvanForm::DrawMap(const Array1<float>& values, std::int32_t samples,
+                             std::int32_t scales) {
+    PlotSurface& map = *ui().MorletSvanMap;
+    const double W = map.ScaleWidth(), H = map.ScaleHeight();
+    const double cellW = W / (samples - 1), cellH = H / (scales - 1);
+    const bool overlays = ShowConeOfInfluence || ShowSignificanceContour;
+    const MorletSignificance* sig = overlays ? &Significance() : nullptr;
+    // Cell (i, t) lies inside the cone, free of end effects, when its row's
+    // period is at most the cone's period at its sample.
+    auto inside = [&](int i, int t) {
+        return MorletPeriods[static_cast<std::size_t>(i - 1)] <=
+               sig->cone[static_cast<std::size_t>(t - 1)];
+    };
+    BandLookup colour(MorletZmin, MorletZmax, MapPalette15);
+    map.BeginCells();
+    for (int i = 1; i <= scales; ++i)
+        for (int t = 1; t <= samples; ++t) {
+            const float v = values((i - 1) * samples + t);
+            Rgb c = colour(v);
+            if (ShowConeOfInfluence && !inside(i, t)) c = halfwayToWhite(c);
+            FillCell(map, (t - 1) * cellW, H - (i - 1) * cellH, cellW, cellH, c, v);
+        }
+    if (!overlays) return;
+
+    map.setForeColor(QColor(Qt::black));
+    map.setDrawWidth(1);
+    if (ShowSignificanceContour) {
+        // The edges between significant and other cells, both inside the cone:
+        // a cell is significant when its lg |W|^2 exceeds lg of its row's
+        // level. Cell (i, t) spans x (t-1) cellW .. t cellW and y from
+        // H - (i-1) cellH down to H - (i-2) cellH.
+        std::vector<double> threshold(static_cast<std::size_t>(scales));
+        for (std::size_t i = 0; i < threshold.size(); ++i)
+            threshold[i] = std::log10(sig->localLevel[i]);
+        auto significant = [&](int i, int t) {
+            return values((i - 1) * samples + t) > threshold[static_cast<std::size_t>(i - 1)];
+        };
+        map.setDrawStyle(0);
+        for (int i = 1; i <= scales; ++i) {
+            const double top = H - (i - 1) * cellH;
+            for (int t = 1; t < samples; ++t)
+                if (inside(i, t) && inside(i, t + 1) && significant(i, t) != significant(i, t + 1))
+                    map.Line(kLineSegment, t * cellW, top, t * cellW, top + cellH);
+            if (i == scales) break;
+            // Between row i and the row above it, one segment per run of edges.
+            for (int t = 1; t <= samples;) {
+                auto edge = [&](int u) {
+                    return inside(i, u) && inside(i + 1, u) &&
+                           significant(i, u) != significant(i + 1, u);
+                };
+                if (!edge(t)) {
+                    ++t;
+                    continue;
+                }
+                const int first = t;
+                while (t <= samples && edge(t)) ++t;
+                map.Line(kLineSegment, (first - 1) * cellW, top, (t - 1) * cellW, top);
+            }
+        }
+    }
+    if (ShowConeOfInfluence) {
+        // The cone's edge in the rows' logarithmic layout, held at the lowest
+        // row's period near the ends, where the cone falls to 0.
+        const double lg0 = std::log10(MorletPeriods.front());
+        const double lgRange = std::log10(MorletPeriods.back()) - lg0;
+        auto y = [&](int t) {
+            const double p = std::max(sig->cone[static_cast<std::size_t>(t - 1)],
+                                      MorletPeriods.front());
+            return H - (std::log10(p) - lg0) / lgRange * H;
+        };
+        map.setDrawStyle(1);
+        for (int t = 1; t < samples; ++t)
+            map.Line(kLineSegment, (t - 1) * cellW, y(t), t * cellW, y(t + 1));
+        map.setDrawStyle(0);
+    }
+    RedNoiseNote = qs(WhiteNoiseNote(sig->fit));
+    if (!loadedTitle_.isEmpty())
+        window().setWindowTitle(RedNoiseNote.isEmpty() ? loadedTitle_
+                                                       : loadedTitle_ + ", " + RedNoiseNote);
+}
+
+void MorletSvanForm::ConeOfInfluence_Toggle() {
+    ShowConeOfInfluence = !ShowConeOfInfluence;
+    redraw();
+}
+
+void MorletSvanForm::SignificanceContour_Toggle() {
+    ShowSignificanceContour = !ShowSignificanceContour;
+    redraw();
+}
+
+// Redraws the last map the fragment window handed over.
+void MorletSvanForm::redraw() {
+    if (MorletMapIn.count() == 0 || MorletPeriods.empty()) return;
+    ui().MorletSvanMap->Cls();
+    DrawMap(MorletMapIn, MorletSamplesIn, MorletScalesIn);
+    if (!ShowConeOfInfluence && !ShowSignificanceContour && !loadedTitle_.isEmpty())
+        window().setWindowTitle(loadedTitle_);
 }
 
 MorletSvanFormControls::MorletSvanFormControls(FormWindow& w) {
@@ -116,6 +238,12 @@ void MorletSvanForm::connectHandlers() {
         ColorScale_MouseMove(b, s, x, y);
     };
     c.SaveGRD->Click = [this] { SaveGRD_Click(); };
+    c.MorletSvanMap->addMenuChoice(
+        "Cone of Influence", [this] { return ShowConeOfInfluence; },
+        [this] { ConeOfInfluence_Toggle(); });
+    c.MorletSvanMap->addMenuChoice(
+        "95 % Significance Contour", [this] { return ShowSignificanceContour; },
+        [this] { SignificanceContour_Toggle(); });
 }
 
 void MorletSvanForm::Form_Load() {
@@ -125,6 +253,7 @@ void MorletSvanForm::Form_Load() {
     MorletMap = MorletMapIn;
     window().setWindowTitle(Caption() + ", File=" + MorletFileName +
                             ", Number of samples=" + qs(NumText(MorletSamples)));
+    loadedTitle_ = window().windowTitle();
 }
 
 void MorletSvanForm::Form_Activate() {
@@ -182,6 +311,33 @@ void MorletSvanForm::SaveGRD_Click() {
         file.print(TwoColumnRecord(NumText(std::pow(10.0, y)), NumText(MorletSpec(i))));
     }
     file.close();
+    // The companions of the overlays in force: the level of the wavelet
+    // spectrum per row (|W|^2 units, the periods as in the spectrum file) and
+    // the cone's period at each sample (time units), both at the map's dT.
+    if (ShowSignificanceContour) {
+        const MorletSignificance& sig = Significance();
+        OutputFile level(names::MorletSpectrumLevel(D, N, MorletTmin, MorletTmax, detrended,
+                                                   LevelPercent(kContourProbability)));
+        for (int i = 1; i <= MorletScales; ++i) {
+            const double y = MorletLgMin + (i - 1) * (static_cast<double>(MorletLgMax) -
+                                                      MorletLgMin) / (MorletScales - 1);
+            level.print(TwoColumnRecord(
+                NumText(std::pow(10.0, y)),
+                NumText(static_cast<float>(sig.globalLevel[static_cast<std::size_t>(i - 1)]))));
+        }
+        level.close();
+    }
+    if (ShowConeOfInfluence) {
+        const MorletSignificance& sig = Significance();
+        const double dT = boxDeltaT(workbench());
+        makeSubdirectory(D, kGridDir);
+        OutputFile cone(names::MorletCone(D, N, MorletTmin, MorletTmax, detrended));
+        for (int t = 1; t <= MorletSamples; ++t)
+            cone.print(TwoColumnRecord(
+                NumText(static_cast<float>(MorletTmin + (t - 1) * dT)),
+                NumText(static_cast<float>(sig.cone[static_cast<std::size_t>(t - 1)] * dT))));
+        cone.close();
+    }
     main.ui().Dir1->Refresh();
     main.ui().File1->Refresh();
 }

@@ -11,8 +11,12 @@
 #include <QString>
 
 #include <cstdint>
+#include <memory>
+#include <vector>
 
 namespace tarnic {
+
+struct MorletSignificance;
 
 // The number of scales of a fragment: 200, at most Int(length / 8), at least 50.
 std::int32_t MorletScaleCount(std::int32_t fragLeng);
@@ -49,9 +53,37 @@ class MorletSvanForm : public FormOf<MorletSvanFormControls> {
     std::int32_t MorletSamples = 0, MorletScales = 0;
     Array1<float> MorletMap, MorletSpec;
 
+    // Overlays of the map, chosen in its context menu (the program keeps the
+    // choice between runs) or by the batch tool; off, the map and its save are
+    // as without them.
+    bool ShowConeOfInfluence = false;     // shading outside the cone, its edge
+    bool ShowSignificanceContour = false; // 95 % local significance contour
+    static constexpr double kContourProbability = 0.95;
+    // Set by the fragment window with the map (SetSource): the samples the map
+    // was made from and the Fourier period of each row in samples, row 1 first.
+    std::vector<float> MorletFragment;
+    std::vector<double> MorletPeriods;
+    void SetSource(std::vector<float> fragment, std::vector<double> periods);
+    // Why the red-noise background is white noise; else empty.
+    QString RedNoiseNote;
+
+    // The red-noise levels and the cone of the map, computed once per map.
+    const MorletSignificance& Significance();
+    // Draws the cells of `values` (row after row, `samples` to a row) and the
+    // overlays in force on the cleared map.
+    void DrawMap(const Array1<float>& values, std::int32_t samples, std::int32_t scales);
+    // The context-menu choices: each redraws the map.
+    void ConeOfInfluence_Toggle();
+    void SignificanceContour_Toggle();
+
     void MorletSvanMap_MouseMove(int button, int shift, float x, float y);
     void ColorScale_MouseMove(int button, int shift, float x, float y);
     void SaveGRD_Click();
+
+  private:
+    void redraw();
+    std::shared_ptr<const MorletSignificance> significance_;
+    QString loadedTitle_; // the caption Load gives, without a note
 
   protected:
     void connectHandlers() override;

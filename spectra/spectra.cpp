@@ -6,8 +6,10 @@
 #include "core/outputfile.h"
 #include "core/tarniclibrary.h"
 #include "core/workbench.h"
+#include "numeric/significance.h"
 #include "numeric/workers.h"
 #include "spectra/bandpassform.h"
+#include "spectra/rednoise.h"
 #include "spectra/spectrazoomform.h"
 #include "spectra/spectrumrun.h"
 
@@ -19,6 +21,13 @@
 #include <thread>
 
 namespace tarnic {
+namespace {
+// The red-noise background (dashes, dark grey) and the significance level of
+// the Fourier estimate (dashes, magenta) over the green and the blue curve.
+const QColor kRedNoiseColour(0x60, 0x60, 0x60);
+const QColor kLevelColour(0xC0, 0x00, 0xC0);
+} // namespace
+
 void Form1::LaunchButton_Click() {
     Form1Controls& c = ui();
     DisableWorkGroup();
@@ -158,11 +167,64 @@ void Form1::PlotSpectra() {
     for (int i = 2; i <= NfAR - 1; ++i)
         pic.Line(kLineSegment, px(PlotX(i)), py(PlotY(i)), px(PlotX(i + 1)), py(PlotY(i + 1)));
 
+    if (ShowRedNoiseBackground || ShowSignificanceLevel) {
+        // The overlays go through the view's transforms in the same single
+        // precision and on the main estimate's scale, clamped at the boundary
+        // as the background estimate is; value k belongs to frequency index k + 1.
+        const bool period = c.FreqCheck->Value() == 0, logX = c.LogX_Check->Value() == 1,
+                   logY = c.LogY_Check->Value() == 1;
+        auto drawCurve = [&](const Array1<float>& freq, const std::vector<double>& values,
+                             QColor colour, int style) {
+            auto point = [&](int i) {
+                float x = freq(i), y = static_cast<float>(values[static_cast<std::size_t>(i - 1)]);
+                if (period) x = 1 / x;
+                if (logX) x = std::log(x);
+                if (logY) y = std::log(y);
+                return std::pair<double, double>(px(x), std::max(py(y), H / 3));
+            };
+            pic.setForeColor(colour);
+            pic.setDrawStyle(style);
+            for (int i = 2; i <= freq.count() - 1; ++i) {
+                const auto [x1, y1] = point(i);
+                const auto [x2, y2] = point(i + 1);
+                pic.Line(kLineSegment, x1, y1, x2, y2);
+            }
+            pic.setDrawStyle(0);
+        };
+        std::string note;
+        if (ShowRedNoiseBackground) {
+            const SpectrumSignificance red = burgBackground(Signal.span(), FftLengAR, DeltaT);
+            drawCurve(FreqAR, red.background, kRedNoiseColour, 1);
+            note = WhiteNoiseNote(red.fit);
+        }
+        if (ShowSignificanceLevel) {
+            const SpectrumSignificance level = fourierSignificance(
+                Signal.span(), LengF, FftLengFour, MM, DeltaT, SignificanceProbability);
+            drawCurve(FreqFour, level.level, kLevelColour, 1);
+            note = WhiteNoiseNote(level.fit);
+        }
+        const QString shown = RedNoiseNote;
+        RedNoiseNote = qs(note);
+        if (!note.empty()) showMessage(RedNoiseNote);
+        else if (!shown.isEmpty()) withdrawNote(shown);
+        pic.setForeColor(BasicColor(1));
+    } else if (!RedNoiseNote.isEmpty()) {
+        withdrawNote(RedNoiseNote);
+        RedNoiseNote.clear();
+    }
+
     c.FrameSpectraView->setEnabled(true);
     c.FrameHScroll->setEnabled(true);
     c.ZoomButton->setEnabled(true);
     ResetCursors();
     c.Y_axis_Label->setVisible(true);
+}
+
+// A white-noise note that no longer applies leaves the message line, unless
+// another message has taken its place since.
+void Form1::withdrawNote(const QString& note) {
+    Label& line = *ui().MessLineLabel;
+    if (line.Visible() && line.Caption() == note) line.setVisible(false);
 }
 
 void Form1::SpectraViewCheck_Click() {
@@ -191,6 +253,32 @@ void Form1::SaveSpButton_Click() {
     };
     save(names::SpectrumAR(D, N, Nar, LengAR), FreqAR, SpAR);
     save(names::SpectrumFourier(D, N, MM, LengF), FreqFour, SpFour);
+    // The companions of the overlays in force: frequency and red-noise
+    // background of the Burg estimate; frequency, background and significance
+    // level of the Fourier estimate.
+    if (ShowRedNoiseBackground) {
+        const SpectrumSignificance red = burgBackground(Signal.span(), FftLengAR, DeltaT);
+        OutputFile file(names::SpectrumARRedNoise(D, N, Nar, LengAR));
+        file.printLines(FreqAR.count() - 1, [&](int k, std::string& out) {
+            const int i = k + 1;
+            out += TwoColumnRecord(NumText(FreqAR(i)),
+                                   NumText(static_cast<float>(red.background[i - 1])));
+        });
+        file.close();
+    }
+    if (ShowSignificanceLevel) {
+        const SpectrumSignificance level = fourierSignificance(Signal.span(), LengF, FftLengFour,
+                                                               MM, DeltaT, SignificanceProbability);
+        OutputFile file(names::SpectrumFourierLevel(D, N, MM, LengF,
+                                                    LevelPercent(SignificanceProbability)));
+        file.printLines(FreqFour.count() - 1, [&](int k, std::string& out) {
+            const int i = k + 1;
+            out += ZoneRecord(NumText(FreqFour(i)),
+                              NumText(static_cast<float>(level.background[i - 1])),
+                              NumText(static_cast<float>(level.level[i - 1])));
+        });
+        file.close();
+    }
     c.Dir1->Refresh();
     c.File1->Refresh();
     EnableWorkGroup();
@@ -200,6 +288,18 @@ void Form1::SaveSpButton_Click() {
         c.ZoomButton->setEnabled(true);
         c.FrameSpectraView->setEnabled(true);
     }
+}
+
+void Form1::RedNoiseBackground_Toggle() {
+    ShowRedNoiseBackground = !ShowRedNoiseBackground;
+    if (SpectraReady == 1) PlotSpectra();
+}
+
+// Choosing the level in force turns it off; choosing the other one switches to it.
+void Form1::SignificanceLevel_Toggle(double probability) {
+    ShowSignificanceLevel = !(ShowSignificanceLevel && SignificanceProbability == probability);
+    SignificanceProbability = probability;
+    if (SpectraReady == 1) PlotSpectra();
 }
 
 } // namespace tarnic

@@ -103,6 +103,15 @@ const Case kCases[] = {
          wb.form1().SaveSpButton_Click();
          return QStringList{};
      }},
+    // The red-noise overlays: the same companion files.
+    {"ar2_peak.dat", {"spectra", "--significance", "0.99", "--background"},
+     [](Workbench& wb) {
+         wb.form1().ShowRedNoiseBackground = wb.form1().ShowSignificanceLevel = true;
+         wb.form1().SignificanceProbability = 0.99;
+         wb.form1().LaunchButton_Click();
+         wb.form1().SaveSpButton_Click();
+         return QStringList{};
+     }},
     {"ar2_peak.dat", {"increments", "--dt", "0.5", "--t0", "1990"},
      [](Workbench& wb) {
          wb.form1().ui().DeltaT_Text->setText("0.5");
@@ -206,6 +215,14 @@ const Case kCases[] = {
      }},
     {"two_sines_trend.dat", {"morlet"}, [](Workbench& wb) {
          const QStringList ends = dragFragment(wb);
+         wb.signalZoomForm().MorletSvan_Click();
+         wb.morletSvanForm().SaveGRD_Click();
+         return ends;
+     }},
+    {"two_sines_trend.dat", {"morlet", "--significance", "0.95", "--cone"},
+     [](Workbench& wb) {
+         const QStringList ends = dragFragment(wb);
+         wb.morletSvanForm().ShowConeOfInfluence = wb.morletSvanForm().ShowSignificanceContour = true;
          wb.signalZoomForm().MorletSvan_Click();
          wb.morletSvanForm().SaveGRD_Click();
          return ends;
@@ -415,3 +432,16 @@ TEST_F(BatchTool, AFileDroppedOnTheMainWindowOpensAsADoubleClick) {
 }
 
 } // namespace
+
+TEST_F(BatchTool, OverlayOptionsRepairTheLevelAndTheirFlagsTakeNoValue) {
+    const fs::path d = copyInto("overlays", "ar2_peak.dat", "ar2_peak.dat");
+    const ToolRun repaired = tarnicTool({"spectra", "ar2_peak.dat", "--significance", "0.9"}, d);
+    EXPECT_EQ(repaired.status, 0) << repaired.err;
+    EXPECT_EQ(repaired.err, "ar2_peak.dat: significance 0.9 repaired to 0.95\n");
+    EXPECT_TRUE(fs::exists(d / "SpectEstimates" / "Sp_Four(ar2_peak) MM= 1,Leng= 2048,Level= 95.dat"));
+    const ToolRun flag = tarnicTool({"spectra", "ar2_peak.dat", "--background=1"}, d);
+    EXPECT_EQ(flag.status, 2);
+    EXPECT_NE(flag.err.find("option --background takes no value"), std::string::npos) << flag.err;
+    const ToolRun foreign = tarnicTool({"spectra", "ar2_peak.dat", "--cone"}, d);
+    EXPECT_EQ(foreign.status, 2) << "the cone belongs to the Morlet map";
+}

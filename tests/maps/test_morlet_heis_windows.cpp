@@ -5,9 +5,14 @@
 #include "core/numtext.h"
 #include "maps/heisboxform.h"
 #include "maps/morletsvanform.h"
+#include "numeric/morlet.h"
+#include "numeric/significance.h"
 #include "signal/signalplot.h"
 #include "signal/signalzoomform.h"
 #include "tests/core/mainwindow_fixture.h"
+
+#include <QAction>
+#include <QMenu>
 
 #include <cmath>
 
@@ -233,4 +238,131 @@ TEST_F(FragmentMaps, TheHeisenbergVolumeLimitAcceptsEightMillionCells) {
     setMsgBoxHook({});
     EXPECT_EQ(title, "Orthogonal Wavelet Heisen.Boxes Analysis") << "64 x 125,001 cells";
     EXPECT_FALSE(hc().SaveGRD->isEnabled());
+}
+
+// ---- the red-noise overlays of the Morlet map ----
+
+namespace {
+
+void choose(PlotSurface& surface, const QString& text) {
+    const auto menu = surface.contextMenu();
+    for (QAction* a : menu->actions())
+        if (a->text() == text) return a->trigger();
+    ADD_FAILURE() << "no menu entry " << text.toStdString();
+}
+
+} // namespace
+
+TEST_F(FragmentMaps, MorletOverlaysShadeOutsideTheConeAndOutlineTheRidgeInside) {
+    openFragment(1000, sine20);
+    PlotSurface& map = *morlet().ui().MorletSvanMap;
+    map.canvas().setRecording(true);
+    zoom().ui().MorletSvan->click();
+    auto ops = [&](DrawKind kind) {
+        std::vector<DrawOp> out;
+        for (const DrawOp& op : map.canvas().record())
+            if (op.kind == kind) out.push_back(op);
+        return out;
+    };
+    const std::vector<DrawOp> plain = ops(DrawKind::Box);
+    EXPECT_TRUE(ops(DrawKind::Segment).empty());
+
+    const int n = morlet().MorletSamplesIn, rows = morlet().MorletScalesIn;
+    const MorletSignificance sig = morletSignificance(
+        std::span<const float>(zoom().Fragment.span()), morletPeriods(2.0, 250.0, rows), 0.95);
+    auto inside = [&](int i, int t) {
+        return morletPeriods(2.0, 250.0, rows)[std::size_t(i - 1)] <= sig.cone[std::size_t(t - 1)];
+    };
+    auto halfway = [](QRgb c) {
+        return qRgb((qRed(c) + 255) / 2, (qGreen(c) + 255) / 2, (qBlue(c) + 255) / 2);
+    };
+    QStringList entries;
+    const auto menu = map.contextMenu();
+    for (QAction* a : menu->actions()) entries << (a->isSeparator() ? "-" : a->text());
+    EXPECT_EQ(entries, QStringList({"Cone of Influence", "95 % Significance Contour", "-",
+                                    "Save Picture...", "Copy Picture"}));
+
+    map.canvas().clearRecord();
+    choose(map, "Cone of Influence");
+    const std::vector<DrawOp> shaded = ops(DrawKind::Box);
+    ASSERT_EQ(shaded.size(), plain.size());
+    for (const auto& [i, t] : {std::pair(1, 1), std::pair(1, 500), std::pair(rows, 500), std::pair(60, 20)})
+        EXPECT_EQ(shaded[std::size_t((i - 1) * n + t - 1)].color,
+                  inside(i, t) ? plain[std::size_t((i - 1) * n + t - 1)].color
+                               : halfway(plain[std::size_t((i - 1) * n + t - 1)].color))
+            << i << "," << t;
+    const auto edge = ops(DrawKind::Segment);
+    ASSERT_EQ(edge.size(), std::size_t(n - 1));
+    EXPECT_EQ(edge[0].style, 1);
+    EXPECT_FLOAT_EQ(edge[0].y1, static_cast<float>(map.ScaleHeight())) << "held at the lowest row";
+
+    map.canvas().clearRecord();
+    choose(map, "95 % Significance Contour");
+    EXPECT_TRUE(morlet().ShowSignificanceContour);
+    std::vector<DrawOp> contour;
+    for (const DrawOp& op : ops(DrawKind::Segment))
+        if (op.style == 0 && op.color == qRgb(0, 0, 0)) contour.push_back(op);
+    ASSERT_FALSE(contour.empty()) << "the ridge at period 20 is significant";
+    // Every edge lies inside the cone: at its middle the period of the layout
+    // is at most the cone's at that sample.
+    const double W = map.ScaleWidth(), H = map.ScaleHeight(), lg0 = std::log10(2.0),
+                 lgRange = std::log10(250.0) - lg0;
+    for (const DrawOp& op : contour) {
+        const double x = (op.x1 + op.x2) / 2, y = (op.y1 + op.y2) / 2;
+        const double period = std::pow(10.0, lg0 + (H - y) / H * lgRange);
+        const auto t = static_cast<std::size_t>(std::lround(x / (W / (n - 1))));
+        EXPECT_LE(period, sig.cone[std::min(t, std::size_t(n - 1))] * 1.2) << x << "," << y;
+    }
+
+    choose(map, "Cone of Influence");
+    map.canvas().clearRecord();
+    choose(map, "95 % Significance Contour");
+    EXPECT_TRUE(ops(DrawKind::Segment).empty());
+    const auto back = ops(DrawKind::Box);
+    ASSERT_EQ(back.size(), plain.size());
+    EXPECT_TRUE(std::equal(plain.begin(), plain.end(), back.begin(),
+                           [](const DrawOp& a, const DrawOp& b) { return a.color == b.color; }))
+        << "both off, the map is as drawn without them";
+}
+
+TEST_F(FragmentMaps, MorletCompanionFilesHoldTheGlobalLevelAndTheCone) {
+    openFragment(400, sine20, "rec.txt");
+    ui().DeltaT_Text->setText("0.25");
+    zoom().ui().MorletSvan->click();
+    morlet().ui().SaveGRD->click();
+    const fs::path grid = dir / "GRID_files" / "Lg(WaveCoeff^2)_rec.txt,PART[0,99.75].grd";
+    const fs::path spectrum = dir / "SpectEstimates" / "Sp(WaveCoeff^2)_rec.txt,PART[0,99.75].dat";
+    const fs::path level = dir / "SpectEstimates" / "Sp(WaveCoeff^2)_rec.txt,PART[0,99.75],Level= 95.dat";
+    const fs::path cone = dir / "GRID_files" / "Cone(WaveCoeff^2)_rec.txt,PART[0,99.75].dat";
+    const std::string gridBytes = readBytes(grid), spectrumBytes = readBytes(spectrum);
+    EXPECT_FALSE(fs::exists(level) || fs::exists(cone)) << "no companion while the overlays are off";
+
+    morlet().window().close();
+    morlet().ShowConeOfInfluence = morlet().ShowSignificanceContour = true;
+    zoom().ui().MorletSvan->click();
+    morlet().ui().SaveGRD->click();
+    EXPECT_EQ(readBytes(grid), gridBytes);
+    EXPECT_EQ(readBytes(spectrum), spectrumBytes);
+
+    const int rows = morlet().MorletScales;
+    const MorletSignificance sig = morletSignificance(
+        std::span<const float>(zoom().Fragment.span()), morletPeriods(2.0, 100.0, rows), 0.95);
+    std::istringstream spectrumLines(spectrumBytes), levelLines(readBytes(level));
+    std::string s, l;
+    for (int i = 0; i < rows; ++i) {
+        ASSERT_TRUE(std::getline(spectrumLines, s) && std::getline(levelLines, l)) << i;
+        const std::string period = s.substr(0, s.find(' ', 1));
+        EXPECT_EQ(l + "\n", TwoColumnRecord(period, NumText(static_cast<float>(sig.globalLevel[std::size_t(i)]))))
+            << "row " << i + 1;
+    }
+    EXPECT_FALSE(std::getline(levelLines, l));
+    std::istringstream coneLines(readBytes(cone));
+    int t = 0;
+    while (std::getline(coneLines, l)) {
+        EXPECT_EQ(l + "\n", TwoColumnRecord(NumText(static_cast<float>(t * 0.25)),
+                                            NumText(static_cast<float>(sig.cone[std::size_t(t)] * 0.25))))
+            << "sample " << t + 1;
+        ++t;
+    }
+    EXPECT_EQ(t, 400);
 }

@@ -1,8 +1,13 @@
 // The spectrum run of the main window, its picture and its files.
 #include "core/numtext.h"
+#include "core/naming.h"
 #include "numeric/burg.h"
+#include "numeric/significance.h"
 #include "spectra/spectrumrun.h"
 #include "tests/core/mainwindow_fixture.h"
+
+#include <QAction>
+#include <QMenu>
 
 #include <cmath>
 #include <random>
@@ -282,4 +287,156 @@ TEST_F(SpectrumRun, PreprocessingKeepsTheSpectraControls) {
     expectStage(ui(), Stage::SpectraShown, {"IncremButton"});
     ui().HScroll_Left->setValue(10000);
     EXPECT_GT(ui().Line_Left->X1(), 0.0f);
+}
+
+// ---- the red-noise overlays ----
+
+namespace {
+
+const QRgb kBackgroundColour = qRgb(0x60, 0x60, 0x60), kLevelColour = qRgb(0xC0, 0x00, 0xC0);
+
+bool sameOp(const DrawOp& a, const DrawOp& b) {
+    return a.kind == b.kind && a.x1 == b.x1 && a.y1 == b.y1 && a.x2 == b.x2 && a.y2 == b.y2 &&
+           a.color == b.color && a.width == b.width && a.style == b.style;
+}
+
+// Chooses the entry `text` of Picture1's context menu as the user does.
+void choose(PlotSurface& surface, const QString& text) {
+    const auto menu = surface.contextMenu();
+    for (QAction* a : menu->actions())
+        if (a->text() == text) return a->trigger();
+    ADD_FAILURE() << "no menu entry " << text.toStdString();
+}
+
+} // namespace
+
+TEST_F(SpectrumRun, OverlaysAddTheirCurvesOnTheMainScaleAndMoveNothing) {
+    loadSeries(ar2(4096, 7));
+    PlotSurface& pic = *ui().Picture1;
+    pic.canvas().setRecording(true);
+    launch();
+    const std::vector<DrawOp> plain = pic.canvas().record();
+    struct Case {
+        bool background, level;
+        double p;
+    };
+    for (const Case k : {Case{true, false, 0.95}, Case{false, true, 0.95}, Case{true, true, 0.99}}) {
+        SCOPED_TRACE(::testing::Message() << k.background << k.level << k.p);
+        form().ShowRedNoiseBackground = k.background;
+        form().ShowSignificanceLevel = k.level;
+        form().SignificanceProbability = k.p;
+        pic.canvas().clearRecord();
+        form().PlotSpectra();
+        std::vector<DrawOp> rest;
+        for (const DrawOp& op : pic.canvas().record())
+            if (op.color != kBackgroundColour && op.color != kLevelColour) rest.push_back(op);
+        ASSERT_EQ(rest.size(), plain.size());
+        EXPECT_TRUE(std::equal(rest.begin(), rest.end(), plain.begin(), sameOp)) << "nothing moves";
+        const auto grey = segmentsOf(kBackgroundColour), magenta = segmentsOf(kLevelColour);
+        EXPECT_EQ(grey.size(), k.background ? std::size_t(form().NfAR - 2) : 0u);
+        EXPECT_EQ(magenta.size(), k.level ? std::size_t(form().NfFour - 2) : 0u);
+        if (!k.level) continue;
+        // The level's first point: ln level at ln period of FreqFour(2), dashed,
+        // on the main estimate's scale, not above the boundary.
+        const SpectrumSignificance sig = fourierSignificance(
+            form().Signal.span(), form().LengF, form().FftLengFour, form().MM, form().DeltaT, k.p);
+        const float yMax = *std::max_element(form().PlotY.span().begin() + 1, form().PlotY.span().end());
+        const double H = pic.ScaleHeight(), W = pic.ScaleWidth();
+        const float x = std::log(1 / form().FreqFour(2)), y = std::log(static_cast<float>(sig.level[1]));
+        EXPECT_FLOAT_EQ(magenta[0].x1, static_cast<float>(W * (x - form().PlotXMin) / form().PlotXRange));
+        EXPECT_FLOAT_EQ(magenta[0].y1, static_cast<float>(std::max(
+                                           H / 3 + (2 * H / 3) * (yMax - y) / form().PlotYRange, H / 3)));
+        EXPECT_EQ(magenta[0].style, 1);
+    }
+}
+
+TEST_F(SpectrumRun, ThePictureMenuSwitchesTheOverlaysAndRedraws) {
+    loadSeries(ar2(4096, 3));
+    launch();
+    PlotSurface& pic = *ui().Picture1;
+    QStringList entries;
+    const auto menu = pic.contextMenu();
+    for (QAction* a : menu->actions()) entries << (a->isSeparator() ? "-" : a->text());
+    EXPECT_EQ(entries, QStringList({"Red-Noise Background", "Significance Level 95 %",
+                                    "Significance Level 99 %", "-", "Save Picture...", "Copy Picture"}));
+    pic.canvas().setRecording(true);
+    struct Step {
+        const char* entry;
+        bool on;
+        double p;
+        std::size_t magenta;
+    };
+    const std::size_t level = static_cast<std::size_t>(form().NfFour - 2);
+    // Choosing the other level switches to it; choosing the level in force turns it off.
+    for (const Step step : {Step{"Significance Level 99 %", true, 0.99, level},
+                            Step{"Significance Level 95 %", true, 0.95, level},
+                            Step{"Significance Level 95 %", false, 0.95, 0}}) {
+        pic.canvas().clearRecord();
+        choose(pic, step.entry);
+        EXPECT_EQ(form().ShowSignificanceLevel, step.on) << step.entry;
+        EXPECT_EQ(form().SignificanceProbability, step.p) << step.entry;
+        EXPECT_EQ(segmentsOf(kLevelColour).size(), step.magenta) << step.entry;
+        const auto now = pic.contextMenu();
+        for (QAction* a : now->actions())
+            if (a->text().startsWith("Significance")) {
+                EXPECT_EQ(a->isChecked(), step.on && a->text() == step.entry) << step.entry;
+            }
+    }
+    choose(pic, "Red-Noise Background");
+    EXPECT_TRUE(form().ShowRedNoiseBackground);
+    EXPECT_EQ(segmentsOf(kBackgroundColour).size(), std::size_t(form().NfAR - 2));
+    EXPECT_EQ(message(), "") << "a red background says nothing";
+}
+
+TEST_F(SpectrumRun, ABlueSeriesGetsAFlatBackgroundAndTheReason) {
+    // Differences of white noise: lag-1 autocorrelation -1/2.
+    const auto e = whiteNoise(4097, 1.0, 4);
+    std::vector<double> x(4096);
+    for (std::size_t t = 0; t < x.size(); ++t) x[t] = e[t + 1] - e[t];
+    loadSeries(x);
+    form().ShowRedNoiseBackground = true;
+    ui().Picture1->canvas().setRecording(true);
+    launch();
+    const auto grey = segmentsOf(kBackgroundColour);
+    ASSERT_FALSE(grey.empty());
+    for (const DrawOp& op : grey) EXPECT_FLOAT_EQ(op.y1, grey[0].y1) << "white noise is flat";
+    EXPECT_TRUE(message().startsWith("red noise taken as white noise: the lag-1 autocorrelation -"))
+        << message().toStdString();
+    EXPECT_TRUE(message().endsWith("is negative")) << message().toStdString();
+    form().ShowRedNoiseBackground = false;
+    form().PlotSpectra();
+    EXPECT_EQ(message(), "") << "the note goes with the overlay";
+}
+
+TEST_F(SpectrumRun, TheSaveWritesTheCompanionsOfTheOverlaysAndKeepsItsOwnFiles) {
+    loadSeries(ar2(3000, 5));
+    const fs::path sp = dir / "SpectEstimates";
+    const auto arFile = sp / "Sp_AR(s) AR= 204,Leng= 2048.dat";
+    const auto fourFile = sp / "Sp_Four(s) MM= 1,Leng= 2048.dat";
+    launch();
+    ui().SaveSpButton->click();
+    const std::string ar = readBytes(arFile), four = readBytes(fourFile);
+    EXPECT_EQ(std::distance(fs::directory_iterator(sp), fs::directory_iterator()), 2)
+        << "no companion while the overlays are off";
+
+    form().ShowRedNoiseBackground = form().ShowSignificanceLevel = true;
+    form().SignificanceProbability = 0.99;
+    launch();
+    ui().SaveSpButton->click();
+    EXPECT_EQ(readBytes(arFile), ar);
+    EXPECT_EQ(readBytes(fourFile), four);
+    const auto span = form().Signal.span();
+    const SpectrumSignificance red = burgBackground(span, form().FftLengAR, form().DeltaT);
+    const SpectrumSignificance level = fourierSignificance(span, form().LengF, form().FftLengFour,
+                                                           form().MM, form().DeltaT, 0.99);
+    std::string redExpected, levelExpected;
+    for (int i = 2; i <= form().NfAR; ++i)
+        redExpected += TwoColumnRecord(NumText(form().FreqAR(i)),
+                                       NumText(static_cast<float>(red.background[i - 1])));
+    for (int i = 2; i <= form().NfFour; ++i)
+        levelExpected += ZoneRecord(NumText(form().FreqFour(i)),
+                                    NumText(static_cast<float>(level.background[i - 1])),
+                                    NumText(static_cast<float>(level.level[i - 1])));
+    EXPECT_EQ(readBytes(sp / "Sp_AR(s) AR= 204,Leng= 2048,RedNoise.dat"), redExpected);
+    EXPECT_EQ(readBytes(sp / "Sp_Four(s) MM= 1,Leng= 2048,Level= 99.dat"), levelExpected);
 }
