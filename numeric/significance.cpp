@@ -230,15 +230,25 @@ std::vector<double> welchDegreesOfFreedom(std::size_t n, std::size_t length, std
     return dof;
 }
 
+namespace {
+
+// The frequencies i / (dT fftLength), i = 0 .. fftLength/2 - 1, as floats: the
+// grid the spectrum window computes for its estimates.
+std::vector<float> frequencyGrid(std::size_t fftLength, double deltaT) {
+    std::vector<float> grid(fftLength / 2);
+    for (std::size_t i = 0; i < grid.size(); ++i)
+        grid[i] = static_cast<float>(static_cast<double>(i) / (deltaT * static_cast<double>(fftLength)));
+    return grid;
+}
+
+} // namespace
+
 SpectrumSignificance fourierSignificance(std::span<const float> signal, std::size_t length,
                                          std::size_t fftLength, std::size_t radius, double deltaT,
                                          double p) {
     SpectrumSignificance result;
     result.fit = fitAr1(signal);
-    std::vector<float> grid(fftLength / 2);
-    for (std::size_t i = 0; i < grid.size(); ++i)
-        grid[i] =
-            static_cast<float>(static_cast<double>(i) / (deltaT * static_cast<double>(fftLength)));
+    const std::vector<float> grid = frequencyGrid(fftLength, deltaT);
     result.background = redNoiseBackground(result.fit, grid, deltaT);
     result.dof = welchDegreesOfFreedom(signal.size(), length, fftLength, radius);
     result.dof.resize(grid.size());
@@ -259,10 +269,7 @@ SpectrumSignificance burgBackground(std::span<const float> signal, std::size_t f
                                     double deltaT) {
     SpectrumSignificance result;
     result.fit = fitAr1(signal);
-    std::vector<float> grid(fftLength / 2);
-    for (std::size_t i = 0; i < grid.size(); ++i)
-        grid[i] =
-            static_cast<float>(static_cast<double>(i) / (deltaT * static_cast<double>(fftLength)));
+    const std::vector<float> grid = frequencyGrid(fftLength, deltaT);
     result.background = redNoiseBackground(result.fit, grid, deltaT);
     return result;
 }
