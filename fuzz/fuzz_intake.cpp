@@ -104,7 +104,7 @@ bool isDigit(char c) {
 }
 
 // [+|-]digits[.digits][(e|E|d|D)[+|-]digits] with at least one mantissa digit, no
-// longer than the reader keeps, rounded by strtof and finite.
+// longer than the reader keeps, rounded by strtof, of magnitude at most 1E+35.
 bool modelNumber(std::string field, float& value) {
     if (field.size() > tarnic::detail::kMaxFieldLength) return false;
     std::size_t i = 0;
@@ -129,7 +129,7 @@ bool modelNumber(std::string field, float& value) {
     char* end = nullptr;
     const float parsed = std::strtof(field.c_str(), &end);
     if (end != field.c_str() + n) fail("strtof disagrees with the grammar", end - field.c_str());
-    if (!std::isfinite(parsed)) return false;
+    if (!std::isfinite(parsed) || std::fabs(parsed) > 1e35f) return false;
     value = parsed;
     return true;
 }
@@ -146,6 +146,7 @@ Expected model(const std::uint8_t* data, std::size_t size) {
         e.status = tarnic::kEmptyFile;
         return e;
     }
+    if (data[size - 1] == 0x1A) --size; // an end-of-file mark closing the file
     std::size_t p = 0;
     if (size >= 3 && data[0] == 0xEF && data[1] == 0xBB && data[2] == 0xBF) p = 3;
     while (p < size) {

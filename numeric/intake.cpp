@@ -24,7 +24,7 @@ RecordCount countFileRecords(const std::filesystem::path& file, std::size_t bloc
     }
     if (reader.failed()) {
         count.status = count.records + 1;
-    } else if (reader.bytesRead() == 0) {
+    } else if (reader.fileSize() == 0) {
         count.status = kEmptyFile;
     } else if (count.records == 0) {
         count.status = 1; // blank and comment lines only: record 1 is missing

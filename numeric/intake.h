@@ -3,7 +3,8 @@
 // A table holds one record a line; the first field of each record is the signal
 // value, any further fields are ignored. The format in brief (table_reader.h has
 // every detail):
-//  - line ends LF, CR LF or CR; the last line needs no line end;
+//  - line ends LF, CR LF or CR; the last line needs no line end; an end-of-file
+//    byte 0x1A as the very last byte of the file is ignored;
 //  - a UTF-8 byte-order mark at the start is ignored;
 //  - fields are separated by any run of blanks, tabs, commas or semicolons, and
 //    separators at the start of a line are skipped ("1,5" is two fields, 1 and 5);
@@ -11,9 +12,9 @@
 //    character '#', '%' or '\'') are skipped and are not records;
 //  - a number is [+|-]digits[.digits][(e|E|d|D)[+|-]digits], e.g. "1.5e-3", ".5",
 //    "-3.", "+2E+07", "1.0D-3"; it is rounded to float. A first field that is not
-//    such a number, or whose value rounds to infinity as a float (e.g. "1e39"),
-//    or that spells inf/nan, gives the record a wrong structure. Magnitudes below
-//    the smallest float read as zero.
+//    such a number, or whose float exceeds 1E+35 in magnitude (e.g. "2e35",
+//    "-3E+38"), or that spells inf/nan, gives the record a wrong structure.
+//    Magnitudes below the smallest float read as zero.
 #pragma once
 
 #include <cstddef>

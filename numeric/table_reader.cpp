@@ -88,6 +88,40 @@ FilePtr openFile(const std::filesystem::path& file, const char* mode) {
 #endif
 }
 
+namespace {
+
+bool seekTo(std::FILE* f, std::uint64_t offset) {
+#if defined(_WIN32)
+    return _fseeki64(f, static_cast<__int64>(offset), SEEK_SET) == 0;
+#else
+    return fseeko(f, static_cast<off_t>(offset), SEEK_SET) == 0;
+#endif
+}
+
+} // namespace
+
+TableFile openTable(const std::filesystem::path& file) {
+    TableFile table;
+    FilePtr f = openFile(file, "rb");
+    if (!f) return table;
+    // Reads are whole blocks into the caller's buffer; a stdio buffer only copies.
+    std::setvbuf(f.get(), nullptr, _IONBF, 0);
+    std::error_code ec;
+    const std::uintmax_t size = std::filesystem::file_size(file, ec);
+    if (ec) return table; // a directory, or gone since it was opened
+    table.size = size;
+    table.tableBytes = size;
+    if (size > 0) {
+        char last = 0;
+        if (!seekTo(f.get(), size - 1) || std::fread(&last, 1, 1, f.get()) != 1 ||
+            !seekTo(f.get(), 0))
+            return table;
+        if (last == kEndOfFileByte) --table.tableBytes;
+    }
+    table.file = std::move(f);
+    return table;
+}
+
 bool parseNumber(char* first, char* last, float& value) {
     if (first == last) return false;
     if (*first == '+') {
@@ -104,7 +138,8 @@ bool parseNumber(char* first, char* last, float& value) {
     }
     if (result.ptr != last) return false;
     if (result.ec == std::errc{}) {
-        if (!std::isfinite(parsed)) return false; // "inf", "nan" and their spellings
+        // "inf", "nan" and their spellings, and values beyond the workbench's range
+        if (!(std::fabs(parsed) <= kMaxMagnitude)) return false;
         value = parsed;
         return true;
     }
@@ -117,14 +152,15 @@ bool parseNumber(char* first, char* last, float& value) {
 
 TableReader::TableReader(const std::filesystem::path& file, std::size_t blockSize)
     : blockSize_(std::max<std::size_t>(blockSize, 1)) {
-    file_ = openFile(file, "rb");
-    if (!file_) {
+    TableFile table = openTable(file);
+    if (!table.file) {
         failed_ = true;
         exhausted_ = true;
         return;
     }
-    // Reads are whole blocks into our own buffer; a second stdio buffer only copies.
-    std::setvbuf(file_.get(), nullptr, _IONBF, 0);
+    file_ = std::move(table.file);
+    fileSize_ = table.size;
+    bytesLeft_ = table.tableBytes;
     // A kept partial field (at most kMaxFieldLength bytes) plus one fresh block.
     buffer_.resize(blockSize_ + kMaxFieldLength + 1);
 }
@@ -135,14 +171,15 @@ bool TableReader::fill(std::size_t keepFrom) {
     pos_ -= keepFrom;
     end_ = kept;
     if (exhausted_) return false;
-    const std::size_t got = std::fread(buffer_.data() + end_, 1, blockSize_, file_.get());
+    const std::size_t want = static_cast<std::size_t>(std::min<std::uint64_t>(blockSize_, bytesLeft_));
+    const std::size_t got = want == 0 ? 0 : std::fread(buffer_.data() + end_, 1, want, file_.get());
     if (got == 0) {
         exhausted_ = true;
         if (std::ferror(file_.get())) failed_ = true;
         return false;
     }
     end_ += got;
-    bytesRead_ += got;
+    bytesLeft_ -= got;
     return true;
 }
 

@@ -5,6 +5,8 @@
 // tiny read blocks and so every routine agrees on what a record is.
 //
 // Table format, byte by byte:
+//  - An end-of-file byte (0x1A, as old DOS tools write) that is the file's last byte
+//    is not part of the table; anywhere else it is an ordinary byte.
 //  - Lines end at LF, at CR, or at the end of the file. CR LF is therefore a line
 //    end followed by an empty line, which is skipped like any blank line.
 //  - A UTF-8 byte-order mark (EF BB BF) at the very start of the file is ignored.
@@ -16,8 +18,9 @@
 //  - A number is an optional sign (+ or -), digits with an optional decimal point
 //    (at least one digit), and an optional exponent introduced by e, E, d or D
 //    (Fortran style) with its own optional sign. It is rounded to the nearest
-//    float. Values that round to infinity, and "inf"/"nan" spellings, are not
-//    numbers; magnitudes too small for a float become a signed zero.
+//    float. Values whose float exceeds kMaxMagnitude (1E+35), and "inf"/"nan"
+//    spellings, are not numbers; magnitudes too small for a float become a signed
+//    zero.
 #pragma once
 
 #include <cstddef>
@@ -33,6 +36,15 @@ namespace tarnic::detail {
 // this much of a field in memory, so a huge garbage line costs no memory.
 inline constexpr std::size_t kMaxFieldLength = 4096;
 
+// Largest magnitude a value may have. The workbench scans a signal for its minimum
+// and maximum from the start values +-1E+35 and takes their difference in single
+// precision; beyond this bound the scan would keep a start value, and values near
+// the float limit (3.4E+38) of both signs would give an infinite range.
+inline constexpr float kMaxMagnitude = 1e35f;
+
+// The file's last byte is dropped when it is this end-of-file mark.
+inline constexpr char kEndOfFileByte = '\x1A';
+
 // Bytes requested from the file per read.
 inline constexpr std::size_t kDefaultBlockSize = std::size_t{1} << 20;
 
@@ -46,10 +58,20 @@ using FilePtr = std::unique_ptr<std::FILE, FileCloser>;
 // natively, so non-ASCII names work on every platform.
 FilePtr openFile(const std::filesystem::path& file, const char* mode);
 
+// A table file opened for reading: `tableBytes` is how much of it the table holds
+// (its size less a final end-of-file byte). A null `file` when it cannot be opened
+// or its size cannot be found.
+struct TableFile {
+    FilePtr file;
+    std::uint64_t size = 0;
+    std::uint64_t tableBytes = 0;
+};
+TableFile openTable(const std::filesystem::path& file);
+
 // Parses the whole of [first, last) as a number in the table format above and
 // stores it, rounded to float, in `value`. Returns false, leaving `value` alone,
 // when the text is anything else (empty, trailing characters, not finite, out of
-// float range). The text may be modified in place (a Fortran 'd' becomes 'e').
+// float range, beyond kMaxMagnitude). The text may be modified in place (a Fortran 'd' becomes 'e').
 bool parseNumber(char* first, char* last, float& value);
 
 enum class FieldKind {
@@ -71,8 +93,8 @@ class TableReader {
     // before a failed read stays valid.
     bool failed() const noexcept { return failed_; }
 
-    // Number of bytes read from the file so far (zero for a file of size zero).
-    std::uint64_t bytesRead() const noexcept { return bytesRead_; }
+    // Size of the file in bytes (zero also when it could not be opened).
+    std::uint64_t fileSize() const noexcept { return fileSize_; }
 
     // Moves to the first field of the next data record, skipping what is left of
     // the current one and any blank and comment lines. False at the end of the file.
@@ -99,7 +121,8 @@ class TableReader {
     std::size_t blockSize_;
     std::size_t pos_ = 0; // next unread byte in buffer_
     std::size_t end_ = 0; // one past the last valid byte in buffer_
-    std::uint64_t bytesRead_ = 0;
+    std::uint64_t fileSize_ = 0;
+    std::uint64_t bytesLeft_ = 0; // of the table, not yet read
     bool exhausted_ = false; // the file has no more bytes (or a read failed)
     bool failed_ = false;
     bool started_ = false;    // the byte-order mark has been looked for

@@ -44,7 +44,8 @@ TEST(NumberText, AcceptsDecimalAndExponentForms) {
     EXPECT_EQ(parse("1.0D-3"), 1e-3f);
     EXPECT_EQ(parse("7d2"), 700.0f);
     EXPECT_EQ(parse("0.1"), 0.1f);
-    EXPECT_EQ(parse("3.4028235e38"), std::numeric_limits<float>::max());
+    EXPECT_EQ(parse("1e35"), 1e35f);
+    EXPECT_EQ(parse("-1.00000002e35"), -1e35f); // rounds to the limit itself
     EXPECT_EQ(parse("1e-45"), std::numeric_limits<float>::denorm_min());
     EXPECT_EQ(parse("000000000000000000000000000000000000000001"), 1.0f);
 }
@@ -68,7 +69,7 @@ TEST(NumberText, RejectsEverythingElse) {
     // clang-format off
     const char* const rejected[] = {
         "", "abc", "1.5x", "nan", "-nan", "inf", "-inf", "infinity", "1e39", "-1e39",
-        "3.4028236e38", "1e99999999999999999999", "1e", "1e+", ".", "-", "+", "+-1", "++1",
+        "3.4028236e38", "3.4028235e38", "-3e38", "1.0000001e35", "2E+35", "1e99999999999999999999", "1e", "1e+", ".", "-", "+", "+-1", "++1",
         "--1", "1.2.3", "0x10", "1e5.5", "1d", "d5", "1 ", " 1", "1_000"};
     // clang-format on
     for (const char* text : rejected)
@@ -82,6 +83,11 @@ TEST(CountRecords, LineEndsOfEveryKind) {
     EXPECT_EQ(countText(dir, "1\r\n2\r\n3\r\n"), three);
     EXPECT_EQ(countText(dir, "1\n2\n3"), three);
     EXPECT_EQ(countText(dir, "1\r2\r3\r"), three);
+    // An end-of-file byte (0x1A) as the file's last byte is not part of the table.
+    EXPECT_EQ(countText(dir, "1\r\n2\r\n3\r\n\x1A"), three);
+    EXPECT_EQ(countText(dir, "1\n2\n3\x1A"), three);
+    EXPECT_EQ(readText(dir, "1\n2\n3\x1A", 3), (std::vector<float>{1, 2, 3}));
+    EXPECT_EQ(countText(dir, "1\n2\n3\x1A\x1A"), (RecordCount{2, 3}));
 }
 
 TEST(CountRecords, SkipsByteOrderMarkCommentsAndBlankLines) {
@@ -108,7 +114,7 @@ TEST(CountRecords, WrongStructureNamesTheRecordAmongDataRecords) {
     TempDir dir;
     EXPECT_EQ(countText(dir, "# c\n1\n2\n\n# c\n3\nabc\n5\n"), (RecordCount{3, 4}));
     EXPECT_EQ(countText(dir, "abc\n1\n"), (RecordCount{0, 1}));
-    for (const char* bad : {"nan", "inf", "1e39", "1.5x", "1.2.3"})
+    for (const char* bad : {"nan", "inf", "1e39", "-3E+38", "1.5x", "1.2.3", "\x1A"})
         EXPECT_EQ(countText(dir, std::string("1\n") + bad + " 2\n3\n"), (RecordCount{1, 2})) << bad;
 }
 
@@ -117,6 +123,7 @@ TEST(CountRecords, EmptyUnreadableAndRecordlessFiles) {
     EXPECT_EQ(countText(dir, ""), (RecordCount{0, kEmptyFile}));
     EXPECT_EQ(countText(dir, "# only a comment\n\n"), (RecordCount{0, 1}));
     EXPECT_EQ(countText(dir, "\xEF\xBB\xBF"), (RecordCount{0, 1}));
+    EXPECT_EQ(countText(dir, "\x1A"), (RecordCount{0, 1}));
     EXPECT_EQ(countFileRecords(dir / "missing.dat"), (RecordCount{0, 1}));
     EXPECT_EQ(countFileRecords(dir.path()), (RecordCount{0, 1})); // a directory
 }
