@@ -70,9 +70,22 @@ std::filesystem::path pathFromCodes(const std::int16_t* codes, std::int32_t leng
 namespace detail {
 // The routines above with the read block size (bytes) chosen by the caller; the
 // tests use tiny blocks to cross every block boundary.
+//
+// They read the file in blocks and scan each run of whole lines in place: one
+// tight loop per record finds the first field, checks it (the count converts only
+// numbers that could leave the float range) or converts it (the read), and steps
+// to the line end; no allocation per line. A line longer than a block plus 1 MiB
+// sends the routine back to the start with the streaming TableReader, which needs
+// no memory for it.
 RecordCount countFileRecords(const std::filesystem::path& file, std::size_t blockSize);
 std::size_t readSignalFile(const std::filesystem::path& file, std::span<float> signal,
                            std::size_t blockSize);
+
+// The same results from the streaming TableReader alone, byte by byte through its
+// buffer: the long-line path of the routines above.
+RecordCount countFileRecordsStreaming(const std::filesystem::path& file, std::size_t blockSize);
+std::size_t readSignalFileStreaming(const std::filesystem::path& file, std::span<float> signal,
+                                    std::size_t blockSize);
 } // namespace detail
 
 } // namespace tarnic

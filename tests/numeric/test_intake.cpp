@@ -4,7 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cmath>
+#include <cstdio>
 #include <limits>
 #include <optional>
 #include <random>
@@ -148,6 +150,10 @@ TEST(CountRecords, HugeLinesNeedNoMemory) {
     TempDir dir;
     const std::string garbage(4 << 20, 'x');
     EXPECT_EQ(countText(dir, garbage), (RecordCount{0, 1}));
+    // Lines longer than a block plus 1 MiB: the streaming reader takes over.
+    const std::string blanks(3 << 20, ' ');
+    EXPECT_EQ(countText(dir, "1\n" + blanks + "2\n3 " + garbage + "\n4"), (RecordCount{4, kGoodFile}));
+    EXPECT_EQ(readText(dir, "1\n" + blanks + "2\n3 " + garbage + "\n4", 4), (std::vector<float>{1, 2, 3, 4}));
     // A long tail after a good first field is skipped.
     EXPECT_EQ(countText(dir, "1 " + garbage + "\n2\n"), (RecordCount{2, kGoodFile}));
     // First fields are read up to kMaxFieldLength bytes.
@@ -156,10 +162,17 @@ TEST(CountRecords, HugeLinesNeedNoMemory) {
 }
 
 // Tricky tables read identically whatever the read block size, so every field,
-// line end and byte-order mark split across two blocks is handled.
+// line end and byte-order mark split across two blocks is handled, and the block
+// scan gives what the streaming reader gives (a line longer than a block plus
+// 1 MiB takes the streaming reader itself).
 TEST(CountRecords, BlockBoundariesDoNotMatter) {
     TempDir dir;
     const std::string tables[] = {
+        "16777217\r\n16777219\r\n-0\r\n+.5\r\n5.\r\n1e-40\r\n1.17549435e-38\r\n"
+        "123456789012345\r\n1234567890123456\r\n0.000000000000001\r\n99999999999999999999999999999\r\n"
+        "1.5d2\r\n1e35\r\n1.00000005960464477539062500001 x\r\n0.1;2\r\n\x1A",
+        "1\t2\n3,4\n5;6\n\v7\f8\n-9e-3\n1.5.5\n",
+
         "\xEF\xBB\xBF-1.25e+1,2\r\n# c\r\n\r\n  +3.5d-1 ; x\r\n.5",
         "1\r2\r\n\n3 " + std::string(9000, 'y') + "\n4",
         "12345678 \n" + std::string(detail::kMaxFieldLength - 1, '0') + "9\n0" +
@@ -170,17 +183,24 @@ TEST(CountRecords, BlockBoundariesDoNotMatter) {
     for (const std::string& table : tables) {
         writeBytes(dir / "t.dat", table);
         const RecordCount expected = countFileRecords(dir / "t.dat");
-        std::vector<float> want(8), got(8);
+        std::vector<float> want(16), got(16);
         readSignalFile(dir / "t.dat", want);
+        EXPECT_EQ(detail::countFileRecordsStreaming(dir / "t.dat", 64), expected);
+        detail::readSignalFileStreaming(dir / "t.dat", got, 64);
+        EXPECT_EQ(got, want);
         for (std::size_t block : {1, 2, 3, 5, 7, 64}) {
             EXPECT_EQ(detail::countFileRecords(dir / "t.dat", block), expected) << block;
             detail::readSignalFile(dir / "t.dat", got, block);
             EXPECT_EQ(got, want) << block;
         }
     }
-    EXPECT_EQ(countText(dir, tables[0]), (RecordCount{3, kGoodFile}));
-    EXPECT_EQ(readText(dir, tables[0], 3), (std::vector<float>{-12.5f, 0.35f, 0.5f}));
-    EXPECT_EQ(countText(dir, tables[2]), (RecordCount{2, 3}));
+    EXPECT_EQ(readText(dir, tables[0], 8),
+              (std::vector<float>{16777216.0f, 16777220.0f, -0.0f, 0.5f, 5.0f, 1e-40f,
+                                  1.17549435e-38f, 123456789012345.0f}));
+
+    EXPECT_EQ(countText(dir, tables[2]), (RecordCount{3, kGoodFile}));
+    EXPECT_EQ(readText(dir, tables[2], 3), (std::vector<float>{-12.5f, 0.35f, 0.5f}));
+    EXPECT_EQ(countText(dir, tables[4]), (RecordCount{2, 3}));
 }
 
 TEST(ReadSignal, ReadsExactValuesAndZeroFillsTheRest) {
@@ -194,6 +214,39 @@ TEST(ReadSignal, ReadsExactValuesAndZeroFillsTheRest) {
     std::vector<float> values(3, 99.0f);
     EXPECT_EQ(readSignalFile(dir / "missing.dat", values), 0u);
     EXPECT_EQ(values, std::vector<float>(3, 0.0f));
+}
+
+// The block scan converts short plain decimals itself; every value must have the
+// bits parseNumber() gives, at every length and scale, near midpoints between two
+// floats, and at the ends of the float range.
+TEST(ReadSignal, ShortDecimalsConvertExactlyAsTheStreamingReader) {
+    TempDir dir;
+    std::mt19937_64 random(3);
+    std::string table;
+    char text[64];
+    for (int i = 0; i < 20000; ++i) {
+        const float v = std::bit_cast<float>(static_cast<std::uint32_t>(random()));
+        const double d = static_cast<double>(v);
+        if (!(std::fabs(v) <= detail::kMaxMagnitude)) continue;
+        const int digits = 1 + static_cast<int>(random() % 17);
+        std::snprintf(text, sizeof text, i % 3 == 0 ? "%.*f\n" : "%.*g\n", digits, d);
+        table += text;
+        // Decimals of up to 15 digits that sit on or next to midpoints.
+        const std::uint64_t m = (std::uint64_t{1} << 24) + 1 + 2 * (random() % 1000000);
+        std::snprintf(text, sizeof text, "%llu\n%.*f\n", static_cast<unsigned long long>(m),
+                      static_cast<int>(random() % 7), static_cast<double>(m) / 64);
+        table += text;
+    }
+    writeBytes(dir / "t.dat", table);
+    const RecordCount count = countFileRecords(dir / "t.dat");
+    ASSERT_EQ(count, detail::countFileRecordsStreaming(dir / "t.dat", 4096));
+    std::vector<float> fast(static_cast<std::size_t>(count.records));
+    std::vector<float> streaming(fast.size());
+    readSignalFile(dir / "t.dat", fast);
+    detail::readSignalFileStreaming(dir / "t.dat", streaming, 4096);
+    for (std::size_t i = 0; i < fast.size(); ++i)
+        ASSERT_EQ(std::bit_cast<std::uint32_t>(fast[i]), std::bit_cast<std::uint32_t>(streaming[i]))
+            << i;
 }
 
 // Byte strings, so failures print readably.
