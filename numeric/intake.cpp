@@ -44,6 +44,12 @@ inline unsigned char classOf(const char* p) {
     return kByteClasses[static_cast<unsigned char>(*p)];
 }
 
+// Where a field ends: with a decimal comma, a comma belongs to the field.
+template <bool kDecimalComma>
+inline bool endsField(const char* p) {
+    return classOf(p) != kOrdinary && !(kDecimalComma && *p == ',');
+}
+
 inline bool isDigit(char c) {
     return c >= '0' && c <= '9';
 }
@@ -97,6 +103,7 @@ class LineBlocks {
             }
             const std::size_t got =
                 want == 0 ? 0 : std::fread(buffer_.data() + end_, 1, want, file_.get());
+            if (!sawComma_ && std::memchr(buffer_.data() + end_, ',', got) != nullptr) sawComma_ = true;
             end_ += got;
             bytesLeft_ -= got;
             if (got == 0) {
@@ -128,6 +135,19 @@ class LineBlocks {
         }
     }
 
+    // Whether the table holds a comma anywhere; reads what the scan left unread.
+    bool commaInTable() {
+        while (!sawComma_ && file_ && bytesLeft_ > 0) {
+            const std::size_t want =
+                static_cast<std::size_t>(std::min<std::uint64_t>(buffer_.size(), bytesLeft_));
+            const std::size_t got = std::fread(buffer_.data(), 1, want, file_.get());
+            if (got == 0) break;
+            bytesLeft_ -= got;
+            sawComma_ = std::memchr(buffer_.data(), ',', got) != nullptr;
+        }
+        return sawComma_;
+    }
+
   private:
     bool hand(char*& first, char*& last, std::size_t lineEnd) {
         first = buffer_.data() + skip_;
@@ -148,11 +168,13 @@ class LineBlocks {
     bool tooLong_ = false;
     bool started_ = false;
     bool done_ = false;
+    bool sawComma_ = false;
 };
 
 // Steps from a field start over the field; returns its end.
+template <bool kDecimalComma>
 inline char* fieldEnd(char* p) {
-    while (classOf(p) == kOrdinary)
+    while (!endsField<kDecimalComma>(p))
         ++p;
     return p;
 }
@@ -168,12 +190,13 @@ struct DecimalText {
     bool negative;
 };
 
+template <bool kDecimalComma>
 inline DecimalText readDecimal(char* p) {
     DecimalText d{p, 0, 0, 0, false};
     if (*p == '+' || *p == '-') d.negative = (*p++ == '-');
     for (; isDigit(*p); ++p, ++d.digitCount)
         d.digits = d.digits * 10 + static_cast<unsigned>(*p - '0');
-    if (*p == '.') {
+    if (*p == (kDecimalComma ? ',' : '.')) {
         for (++p; isDigit(*p); ++p, ++d.digitCount, --d.scale)
             d.digits = d.digits * 10 + static_cast<unsigned>(*p - '0');
     }
@@ -193,6 +216,7 @@ struct FieldShape {
     int point = -1; // offset of the decimal point, -1 without one
 };
 
+template <bool kDecimalComma>
 inline FieldShape shapeOf(const char* p) {
     FieldShape shape;
 #if defined(__SSE2__) || defined(_M_X64)
@@ -203,12 +227,14 @@ inline FieldShape shapeOf(const char* p) {
     const __m128i controls = _mm_and_si128(_mm_cmpgt_epi8(bytes, _mm_set1_epi8(8)),
                                            _mm_cmplt_epi8(bytes, _mm_set1_epi8(14)));
     const unsigned ends = static_cast<unsigned>(_mm_movemask_epi8(
-        _mm_or_si128(_mm_or_si128(controls, eq(' ')), _mm_or_si128(eq(','), eq(';')))));
+        _mm_or_si128(_mm_or_si128(controls, eq(' ')),
+                     _mm_or_si128(kDecimalComma ? _mm_setzero_si128() : eq(','), eq(';')))));
     if (ends == 0) return shape;
     const int length = std::countr_zero(ends);
     const unsigned digits = static_cast<unsigned>(_mm_movemask_epi8(_mm_and_si128(
         _mm_cmpgt_epi8(bytes, _mm_set1_epi8('0' - 1)), _mm_cmplt_epi8(bytes, _mm_set1_epi8('9' + 1)))));
-    const unsigned points = static_cast<unsigned>(_mm_movemask_epi8(eq('.')));
+    const unsigned points =
+        static_cast<unsigned>(_mm_movemask_epi8(eq(kDecimalComma ? ',' : '.')));
     const int signLength = (*p == '+' || *p == '-') ? 1 : 0;
     const unsigned field = ((1u << length) - 1) & ~((1u << signLength) - 1);
     const unsigned fieldPoints = points & field;
@@ -229,18 +255,19 @@ inline FieldShape shapeOf(const char* p) {
 // gets the end of the field. A plain decimal of at most 30 digits is far inside
 // the float range and needs no conversion; anything else (an exponent, more
 // digits, other characters) is decided by parseNumber().
+template <bool kDecimalComma>
 inline bool isNumberField(char* p, char*& end) {
-    const FieldShape shape = shapeOf(p);
+    const FieldShape shape = shapeOf<kDecimalComma>(p);
     if (shape.plain) {
         end = p + shape.length;
         return true;
     }
-    const DecimalText d = readDecimal(p);
-    end = fieldEnd(d.end);
+    const DecimalText d = readDecimal<kDecimalComma>(p);
+    end = fieldEnd<kDecimalComma>(d.end);
     if (end == d.end && d.digitCount > 0 && d.digitCount <= 30) return true;
     if (static_cast<std::size_t>(end - p) > kMaxFieldLength) return false;
     float ignored = 0.0f;
-    return parseNumber(p, end, ignored);
+    return parseNumber(p, end, ignored, kDecimalComma ? ',' : '.');
 }
 
 // Converts the field starting at `p` as parseNumber() does; `end` gets the end of
@@ -250,11 +277,12 @@ inline bool isNumberField(char* p, char*& end) {
 // differ from rounding the decimal once only when the double lands exactly on the
 // midpoint between two floats; such values, values outside the normal float
 // range and every other form go to parseNumber().
+template <bool kDecimalComma>
 inline bool readNumberField(char* p, char*& end, float& value) {
     static constexpr double kPowers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
                                          1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
                                          1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
-    const FieldShape shape = shapeOf(p);
+    const FieldShape shape = shapeOf<kDecimalComma>(p);
     DecimalText d{};
     if (shape.plain) {
         // Digits at known places: no test of what each byte is.
@@ -265,11 +293,11 @@ inline bool readNumberField(char* p, char*& end, float& value) {
         d.digitCount = static_cast<int>(last - q) - (shape.point >= 0 ? 1 : 0);
         d.scale = shape.point >= 0 ? shape.point + 1 - shape.length : 0;
         for (; q != last; ++q)
-            if (*q != '.') d.digits = d.digits * 10 + static_cast<unsigned>(*q - '0');
+            if (q != p + shape.point) d.digits = d.digits * 10 + static_cast<unsigned>(*q - '0');
     } else {
-        d = readDecimal(p);
+        d = readDecimal<kDecimalComma>(p);
     }
-    if (classOf(d.end) != kOrdinary && d.digitCount > 0 && d.digitCount <= 15) {
+    if (endsField<kDecimalComma>(d.end) && d.digitCount > 0 && d.digitCount <= 15) {
         end = d.end;
         const double magnitude = static_cast<double>(d.digits) / kPowers[-d.scale];
         const std::uint64_t bits = std::bit_cast<std::uint64_t>(magnitude);
@@ -286,8 +314,9 @@ inline bool readNumberField(char* p, char*& end, float& value) {
             }
         }
     }
-    end = fieldEnd(d.end);
-    return static_cast<std::size_t>(end - p) <= kMaxFieldLength && parseNumber(p, end, value);
+    end = fieldEnd<kDecimalComma>(d.end);
+    return static_cast<std::size_t>(end - p) <= kMaxFieldLength &&
+           parseNumber(p, end, value, kDecimalComma ? ',' : '.');
 }
 
 // Skips blank and comment lines from `p`; returns the start of the next record's
@@ -336,8 +365,9 @@ inline char* pastLineEnd(char* p) {
 enum class Outcome { done, tooLong };
 
 // Counts records until the first bad one; the count of the streaming reader.
-RecordCount countWithReader(const std::filesystem::path& file, std::size_t blockSize) {
-    TableReader reader(file, blockSize);
+RecordCount countWithReader(const std::filesystem::path& file, std::size_t blockSize,
+                            CommaRole commas) {
+    TableReader reader(file, blockSize, commas);
     RecordCount count{0, kGoodFile};
     float value = 0.0f;
     while (reader.nextRecord()) {
@@ -358,9 +388,9 @@ RecordCount countWithReader(const std::filesystem::path& file, std::size_t block
 }
 
 std::size_t readWithReader(const std::filesystem::path& file, std::span<float> signal,
-                           std::size_t blockSize) {
+                           std::size_t blockSize, CommaRole commas) {
     std::size_t read = 0;
-    TableReader reader(file, blockSize);
+    TableReader reader(file, blockSize, commas);
     while (read < signal.size() && reader.nextRecord() &&
            reader.nextField(signal[read]) == FieldKind::number) {
         ++read;
@@ -368,23 +398,29 @@ std::size_t readWithReader(const std::filesystem::path& file, std::span<float> s
     return read;
 }
 
-Outcome countFast(const std::filesystem::path& file, std::size_t blockSize, RecordCount& count) {
+// `commaSeen` is set when the table holds a comma anywhere (then its commas must
+// be judged).
+template <bool kDecimalComma>
+Outcome countFast(const std::filesystem::path& file, std::size_t blockSize, RecordCount& count,
+                  bool& commaSeen) {
     LineBlocks blocks(file, blockSize);
     count = {0, kGoodFile};
     char* first = nullptr;
     char* last = nullptr;
-    while (blocks.next(first, last)) {
+    while (count.status == kGoodFile && blocks.next(first, last)) {
         for (char* p = nextRecord(first, last); p != last; p = nextRecord(p, last)) {
             char* end = nullptr;
-            if (count.records == kMaxRecords || !isNumberField(p, end)) {
+            if (count.records == kMaxRecords || !isNumberField<kDecimalComma>(p, end)) {
                 count.status = count.records + 1;
-                return Outcome::done;
+                break;
             }
             ++count.records;
             p = pastLineEnd(end);
         }
     }
+    commaSeen = blocks.commaInTable();
     if (blocks.tooLong()) return Outcome::tooLong;
+    if (count.status != kGoodFile) return Outcome::done;
     if (blocks.failed()) {
         count.status = count.records + 1;
     } else if (blocks.fileSize() == 0) {
@@ -395,49 +431,96 @@ Outcome countFast(const std::filesystem::path& file, std::size_t blockSize, Reco
     return Outcome::done;
 }
 
+template <bool kDecimalComma>
 Outcome readFast(const std::filesystem::path& file, std::span<float> signal,
-                 std::size_t blockSize, std::size_t& read) {
+                 std::size_t blockSize, std::size_t& read, bool& commaSeen) {
     LineBlocks blocks(file, blockSize);
     read = 0;
+    bool bad = false;
     char* first = nullptr;
     char* last = nullptr;
-    while (read < signal.size() && blocks.next(first, last)) {
+    while (!bad && read < signal.size() && blocks.next(first, last)) {
         for (char* p = nextRecord(first, last); p != last && read < signal.size();
              p = nextRecord(p, last)) {
             char* end = nullptr;
-            if (!readNumberField(p, end, signal[read])) return Outcome::done;
+            if (!readNumberField<kDecimalComma>(p, end, signal[read])) {
+                bad = true;
+                break;
+            }
             ++read;
             p = pastLineEnd(end);
         }
     }
+    commaSeen = blocks.commaInTable();
     return blocks.tooLong() ? Outcome::tooLong : Outcome::done;
+}
+
+RecordCount countAs(const std::filesystem::path& file, std::size_t blockSize, CommaRole commas,
+                    bool& commaSeen) {
+    RecordCount count;
+    const Outcome outcome = commas == CommaRole::decimal
+                                ? countFast<true>(file, blockSize, count, commaSeen)
+                                : countFast<false>(file, blockSize, count, commaSeen);
+    if (outcome == Outcome::tooLong) count = countWithReader(file, blockSize, commas);
+    return count;
+}
+
+std::size_t readAs(const std::filesystem::path& file, std::span<float> signal,
+                   std::size_t blockSize, CommaRole commas, bool& commaSeen) {
+    std::size_t read = 0;
+    const Outcome outcome =
+        commas == CommaRole::decimal
+            ? readFast<true>(file, signal, blockSize, read, commaSeen)
+            : readFast<false>(file, signal, blockSize, read, commaSeen);
+    if (outcome == Outcome::tooLong) read = readWithReader(file, signal, blockSize, commas);
+    return read;
 }
 
 } // namespace
 
 RecordCount countFileRecords(const std::filesystem::path& file, std::size_t blockSize) {
-    RecordCount count;
-    if (countFast(file, blockSize, count) == Outcome::tooLong)
-        count = countWithReader(file, blockSize);
+    bool commaSeen = false;
+    RecordCount count = countAs(file, blockSize, CommaRole::separator, commaSeen);
+    if (!commaSeen) return count;
+    const CommaVerdict verdict = judgeCommas(file);
+    if (verdict.role == CommaRole::decimal)
+        return countAs(file, blockSize, CommaRole::decimal, commaSeen);
+    if (verdict.role == CommaRole::ambiguous &&
+        !(count.status == count.records + 1 && count.status < verdict.record))
+        return {0, ambiguousCommasStatus(verdict.line)};
     return count;
 }
 
 std::size_t readSignalFile(const std::filesystem::path& file, std::span<float> signal,
                            std::size_t blockSize) {
     std::size_t read = 0;
-    if (!signal.empty() && readFast(file, signal, blockSize, read) == Outcome::tooLong)
-        read = readWithReader(file, signal, blockSize);
+    if (!signal.empty()) {
+        bool commaSeen = false;
+        read = readAs(file, signal, blockSize, CommaRole::separator, commaSeen);
+        if (commaSeen) {
+            const CommaVerdict verdict = judgeCommas(file);
+            if (verdict.role == CommaRole::decimal) {
+                read = readAs(file, signal, blockSize, CommaRole::decimal, commaSeen);
+            } else if (verdict.role == CommaRole::ambiguous) {
+                // The records before a bad one that precedes the ambiguity are what
+                // the count reports; otherwise the count refuses the whole file.
+                const RecordCount count = countAs(file, blockSize, CommaRole::separator, commaSeen);
+                if (!(count.status == count.records + 1 && count.status < verdict.record)) read = 0;
+            }
+        }
+    }
     std::fill(signal.begin() + static_cast<std::ptrdiff_t>(read), signal.end(), 0.0f);
     return read;
 }
 
-RecordCount countFileRecordsStreaming(const std::filesystem::path& file, std::size_t blockSize) {
-    return countWithReader(file, blockSize);
+RecordCount countFileRecordsStreaming(const std::filesystem::path& file, std::size_t blockSize,
+                                      CommaRole commas) {
+    return countWithReader(file, blockSize, commas);
 }
 
 std::size_t readSignalFileStreaming(const std::filesystem::path& file, std::span<float> signal,
-                                    std::size_t blockSize) {
-    const std::size_t read = readWithReader(file, signal, blockSize);
+                                    std::size_t blockSize, CommaRole commas) {
+    const std::size_t read = readWithReader(file, signal, blockSize, commas);
     std::fill(signal.begin() + static_cast<std::ptrdiff_t>(read), signal.end(), 0.0f);
     return read;
 }

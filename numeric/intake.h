@@ -15,19 +15,44 @@
 //    such a number, or whose float exceeds 1E+35 in magnitude (e.g. "2e35",
 //    "-3E+38"), or that spells inf/nan, gives the record a wrong structure.
 //    Magnitudes below the smallest float read as zero.
+//  - decimal commas: when every record separates its fields by semicolons or tabs
+//    and every comma stands between two digits of a number ("5,123;7,5"), the
+//    comma is the decimal sign; a table whose commas could be read either way
+//    ("5,123" alone on a line, or semicolons mixed with list commas) is refused
+//    (ambiguousCommasStatus). table_reader.h has the exact rule.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <limits>
 #include <span>
 
 namespace tarnic {
+
+namespace detail {
+// How a table's commas are read (decided by judgeCommas() in table_reader.h).
+enum class CommaRole { separator, decimal, ambiguous };
+} // namespace detail
 
 // RecordCount::status of a good file.
 inline constexpr std::int32_t kGoodFile = -1;
 // RecordCount::status of a file of size zero.
 inline constexpr std::int32_t kEmptyFile = 0;
+
+// RecordCount::status of a table refused because its commas can be read both as
+// decimal commas and as separators: -1 - line, so -2 and below, with `records` 0.
+// `line` is the 1-based line of the file (every line counted) where the
+// ambiguity shows; see detail::judgeCommas() in table_reader.h.
+constexpr std::int32_t ambiguousCommasStatus(std::int64_t line) {
+    return line >= std::numeric_limits<std::int32_t>::max() - 1
+               ? std::numeric_limits<std::int32_t>::min()
+               : static_cast<std::int32_t>(-1 - line);
+}
+// The line named by such a status.
+constexpr std::int64_t ambiguousCommasLine(std::int32_t status) {
+    return -1 - static_cast<std::int64_t>(status);
+}
 
 struct RecordCount {
     // Number of good records (all of them for a good file, otherwise those before
@@ -37,6 +62,8 @@ struct RecordCount {
     // kEmptyFile (0): the file has size zero.
     // records + 1: the record of that number (1-based, counting data records only)
     //              has a wrong structure.
+    // -2 and below: ambiguousCommasStatus(line), the commas of the table can be
+    //              read two ways; records is 0.
     std::int32_t status = 1;
 
     friend bool operator==(const RecordCount&, const RecordCount&) = default;
@@ -83,9 +110,11 @@ std::size_t readSignalFile(const std::filesystem::path& file, std::span<float> s
 
 // The same results from the streaming TableReader alone, byte by byte through its
 // buffer: the long-line path of the routines above.
-RecordCount countFileRecordsStreaming(const std::filesystem::path& file, std::size_t blockSize);
+// The streaming reader under a given reading of commas, without judging them.
+RecordCount countFileRecordsStreaming(const std::filesystem::path& file, std::size_t blockSize,
+                                      CommaRole commas = CommaRole::separator);
 std::size_t readSignalFileStreaming(const std::filesystem::path& file, std::span<float> signal,
-                                    std::size_t blockSize);
+                                    std::size_t blockSize, CommaRole commas = CommaRole::separator);
 } // namespace detail
 
 } // namespace tarnic

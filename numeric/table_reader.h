@@ -15,6 +15,10 @@
 //  - A line with no field (only separators) is blank. A line whose first field
 //    begins with '#', '%' or '\'' is a comment. Blank and comment lines are
 //    skipped; every other line is a data record.
+//  - Decimal commas: a file whose data records separate their fields by
+//    semicolons or tabs and whose commas all stand inside numbers, between two
+//    digits ("5,123;7,5"), is read with the comma as the decimal sign (and a
+//    point in a number is then an error); judgeCommas() below has the rule.
 //  - A number is an optional sign (+ or -), digits with an optional decimal point
 //    (at least one digit), and an optional exponent introduced by e, E, d or D
 //    (Fortran style) with its own optional sign. It is rounded to the nearest
@@ -22,6 +26,8 @@
 //    spellings, are not numbers; magnitudes too small for a float become a signed
 //    zero.
 #pragma once
+
+#include "numeric/intake.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -68,11 +74,45 @@ struct TableFile {
 };
 TableFile openTable(const std::filesystem::path& file);
 
+// How the commas of a table are read. Only data records count (leading
+// separators, blank and comment lines as above); a record is cut into words at
+// blanks, tabs, semicolons, vertical tabs and form feeds, commas staying inside
+// words. A word is decimal-shaped when it is [+|-]digits,digits with an optional
+// exponent; any other word holding a comma, and a comma before a record's first
+// word, shows a comma used as a separator ("list comma"). Between two words the
+// run of separators either holds a semicolon or tab, or only blanks; a run after a
+// record's last word that holds a semicolon or tab also counts as the former.
+//
+//  no comma between two digits anywhere            -> separator (as always)
+//  decimal-shaped words, no list comma, some
+//    semicolon/tab run, no blank-only run            -> decimal
+//  list commas and no semicolon/tab run             -> separator ("1.5,2.5")
+//  anything else                                    -> ambiguous
+//
+// So "5,123" alone on its lines is ambiguous (5.123, or the two fields 5 and
+// 123), and so are decimal-shaped words separated by blanks, and a mixture of
+// semicolons or tabs with list commas. For an ambiguous table `line` is the
+// 1-based line (every line counted, CR LF one line end) on which its evidence
+// became complete, and `record` the data record on that line.
+struct CommaVerdict {
+    CommaRole role = CommaRole::separator;
+    std::int64_t line = 0;
+    std::int64_t record = 0;
+};
+CommaVerdict judgeCommas(const std::filesystem::path& file);
+
+// The decimal sign of numbers under a comma role.
+inline char decimalSign(CommaRole role) {
+    return role == CommaRole::decimal ? ',' : '.';
+}
+
 // Parses the whole of [first, last) as a number in the table format above and
 // stores it, rounded to float, in `value`. Returns false, leaving `value` alone,
 // when the text is anything else (empty, trailing characters, not finite, out of
 // float range, beyond kMaxMagnitude). The text may be modified in place (a Fortran 'd' becomes 'e').
-bool parseNumber(char* first, char* last, float& value);
+// With decimalSign ',' the comma takes the place of the point, and a point makes
+// the text no number.
+bool parseNumber(char* first, char* last, float& value, char decimalSign = '.');
 
 enum class FieldKind {
     end,    // the record has no more fields
@@ -86,8 +126,11 @@ class TableReader {
   public:
     // Opens `file` for reading. A file that cannot be opened reads as having no
     // records and reports failed(). blockSize >= 1 (smaller values are raised to 1).
+    // Under CommaRole::decimal commas are part of fields (but still skipped at the
+    // start of a line) and numbers take the decimal comma.
     explicit TableReader(const std::filesystem::path& file,
-                         std::size_t blockSize = kDefaultBlockSize);
+                         std::size_t blockSize = kDefaultBlockSize,
+                         CommaRole commas = CommaRole::separator);
 
     // True when the file could not be opened or a read failed; what was read
     // before a failed read stays valid.
@@ -119,6 +162,7 @@ class TableReader {
     FilePtr file_;
     std::vector<char> buffer_;
     std::size_t blockSize_;
+    bool decimalComma_ = false;
     std::size_t pos_ = 0; // next unread byte in buffer_
     std::size_t end_ = 0; // one past the last valid byte in buffer_
     std::uint64_t fileSize_ = 0;

@@ -107,8 +107,8 @@ TEST(CountRecords, SkipsByteOrderMarkCommentsAndBlankLines) {
 
 TEST(CountRecords, OnlyTheFirstFieldIsChecked) {
     TempDir dir;
-    EXPECT_EQ(countText(dir, "1,2\n3;4\n\t5\t6\n ,;7 8\n9 abc nan\n"), (RecordCount{5, kGoodFile}));
-    EXPECT_EQ(readText(dir, "1,2\n3;4\n\t5\t6\n ,;7 8\n9 abc nan\n", 5),
+    EXPECT_EQ(countText(dir, "1, 2\n3;4\n\t5\t6\n ,;7 8\n9 abc nan\n"), (RecordCount{5, kGoodFile}));
+    EXPECT_EQ(readText(dir, "1, 2\n3;4\n\t5\t6\n ,;7 8\n9 abc nan\n", 5),
               (std::vector<float>{1, 3, 5, 7, 9}));
 }
 
@@ -118,6 +118,45 @@ TEST(CountRecords, WrongStructureNamesTheRecordAmongDataRecords) {
     EXPECT_EQ(countText(dir, "abc\n1\n"), (RecordCount{0, 1}));
     for (const char* bad : {"nan", "inf", "1e39", "-3E+38", "1.5x", "1.2.3", "\x1A"})
         EXPECT_EQ(countText(dir, std::string("1\n") + bad + " 2\n3\n"), (RecordCount{1, 2})) << bad;
+}
+
+// Decimal commas are decided by the whole table: read as the decimal sign when
+// fields are separated by semicolons or tabs and every comma stands inside a
+// number; refused, naming the line, when the commas can be read both ways.
+TEST(CountRecords, DecimalCommasAreDecidedByTheTable) {
+    TempDir dir;
+    struct Case {
+        const char* table;
+        RecordCount count;
+        std::vector<float> values;
+    };
+    const auto ambiguous = [](std::int64_t line) { return RecordCount{0, ambiguousCommasStatus(line)}; };
+    // clang-format off
+    const Case cases[] = {
+        // decimal: semicolon or tab separated, every comma between digits
+        {"5,123;7,5\n-0,25;1\n# a, comment\n1,5e3;2\n", {3, kGoodFile}, {5.123f, -0.25f, 1500.0f}},
+        {"5,5\t1,25\r\n6\t2\r\n", {2, kGoodFile}, {5.5f, 6.0f}},
+        {"1,5 ; 2,5\n3;4\n", {2, kGoodFile}, {1.5f, 3.0f}},
+        {"1,5;2\n1.500;3\n", {1, 2}, {1.5f}}, // a point in a decimal-comma table is an error
+        // separator: no comma between digits, or list commas without semicolons or tabs
+        {"1, 2\n3 ,4\n", {2, kGoodFile}, {1, 3}},
+        {"1.5,2.5\n3,4\n", {2, kGoodFile}, {1.5f, 3.0f}},
+        {",5;6\n7\n", {2, kGoodFile}, {5, 7}},
+        // ambiguous: refused at the line where the evidence is complete
+        {"# c\n\n5,123\n6,5\n", ambiguous(3), {}},
+        {"1 2\n5,1 6,2\n", ambiguous(2), {}},
+        {"1,5;2\r\n3,5;4\r\n5,5 6\r\n", ambiguous(3), {}},
+        {"1;2\n3,5;4\n1.5,2;3\n", ambiguous(3), {}},
+        {"1\nx\n5,5\n", {1, 2}, {1}}, // a bad record before the ambiguity comes first
+    };
+    // clang-format on
+    for (const Case& c : cases) {
+        EXPECT_EQ(countText(dir, c.table), c.count) << c.table;
+        std::vector<float> want = c.values;
+        want.push_back(0.0f);
+        EXPECT_EQ(readText(dir, c.table, want.size()), want) << c.table;
+        EXPECT_EQ(detail::countFileRecords(dir / "t.dat", 3), c.count) << c.table;
+    }
 }
 
 TEST(CountRecords, EmptyUnreadableAndRecordlessFiles) {
@@ -171,9 +210,9 @@ TEST(CountRecords, BlockBoundariesDoNotMatter) {
         "16777217\r\n16777219\r\n-0\r\n+.5\r\n5.\r\n1e-40\r\n1.17549435e-38\r\n"
         "123456789012345\r\n1234567890123456\r\n0.000000000000001\r\n99999999999999999999999999999\r\n"
         "1.5d2\r\n1e35\r\n1.00000005960464477539062500001 x\r\n0.1;2\r\n\x1A",
-        "1\t2\n3,4\n5;6\n\v7\f8\n-9e-3\n1.5.5\n",
+        "1\t2\n3, 4\n5;6\n\v7\f8\n-9e-3\n1.5.5\n",
 
-        "\xEF\xBB\xBF-1.25e+1,2\r\n# c\r\n\r\n  +3.5d-1 ; x\r\n.5",
+        "\xEF\xBB\xBF-1.25e+1, 2\r\n# c\r\n\r\n  +3.5d-1 ; x\r\n.5",
         "1\r2\r\n\n3 " + std::string(9000, 'y') + "\n4",
         "12345678 \n" + std::string(detail::kMaxFieldLength - 1, '0') + "9\n0" +
             std::string(detail::kMaxFieldLength - 1, '0') + "9\n",
