@@ -36,7 +36,8 @@ class ScratchTables {
     // A table of `records` lines "value time" (or "value;time" with decimal
     // commas), written on first use.
     fs::path table(int records, bool decimalComma = false) const {
-        fs::path file = dir_ / ("table-" + std::to_string(records) + (decimalComma ? "-eu" : "") + ".dat");
+        fs::path file =
+            dir_ / ("table-" + std::to_string(records) + (decimalComma ? "-eu" : "") + ".dat");
         if (!fs::exists(file)) write(file, records, decimalComma);
         return file;
     }
@@ -54,7 +55,9 @@ class ScratchTables {
             text.append(number, std::to_chars(number, number + sizeof number, value(random)).ptr);
             text += decimalComma ? ';' : ' ';
             text.append(number, std::to_chars(number, number + sizeof number, i * 0.001).ptr);
-            if (decimalComma) std::replace(text.begin() + static_cast<std::ptrdiff_t>(from), text.end(), '.', ',');
+            if (decimalComma)
+                std::replace(text.begin() + static_cast<std::ptrdiff_t>(from), text.end(), '.',
+                             ',');
             text += "\r\n";
             if (text.size() > (std::size_t{1} << 24) - 64) {
                 out.write(text.data(), static_cast<std::streamsize>(text.size()));
@@ -112,13 +115,17 @@ void BM_CountThenRead(benchmark::State& state) {
 void BM_DemultiplexTable(benchmark::State& state) {
     const fs::path file = tables().table(static_cast<int>(state.range(0)));
     for (auto _ : state)
-        benchmark::DoNotOptimize(tarnic::demultiplexTable(file, static_cast<std::int32_t>(state.range(0))));
+        benchmark::DoNotOptimize(
+            tarnic::demultiplexTable(file, static_cast<std::int32_t>(state.range(0))));
     reportRecords(state, file, state.range(0));
 }
 
 BENCHMARK(BM_CountFileRecords)->Arg(1'000'000)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_ReadSignalFile)->Arg(1'000'000)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_CountThenRead)->Args({1'000'000, 0})->Args({1'000'000, 1})->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_CountThenRead)
+    ->Args({1'000'000, 0})
+    ->Args({1'000'000, 1})
+    ->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_CountThenRead)->Args({10'000'000, 0})->Iterations(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_DemultiplexTable)->Arg(1'000'000)->Unit(benchmark::kMillisecond);
 

@@ -111,7 +111,8 @@ bool modelNumber(std::string field, float& value, bool decimalComma = false) {
     if (decimalComma) {
         // The comma is the decimal sign; a point makes it no number.
         if (field.find('.') != std::string::npos) return false;
-        if (const std::size_t comma = field.find(','); comma != std::string::npos) field[comma] = '.';
+        if (const std::size_t comma = field.find(','); comma != std::string::npos)
+            field[comma] = '.';
     }
     std::size_t i = 0;
     const std::size_t n = field.size();
@@ -270,7 +271,8 @@ Expected model(const std::uint8_t* data, std::size_t size) {
     if (lists && !semicolons) return separated;
     Seen at = digitComma;
     for (const Seen* s : {&listComma, &semicolonRun, &blankRun}) {
-        const bool counts = semicolons && (s == &semicolonRun || (lists ? s == &listComma : s == &blankRun));
+        const bool counts =
+            semicolons && (s == &semicolonRun || (lists ? s == &listComma : s == &blankRun));
         if (counts && s->line > at.line) at = *s;
     }
     // A bad record before the ambiguous one is reported first.
@@ -303,8 +305,8 @@ Expected checkTable(const Scratch& scratch, const std::uint8_t* data, std::size_
     CountFileRecords_dll(scratch.codes().data(), &pathLen, &nrec, &status);
 
     INTAKE_CHECK(nrec >= 0, nrec);
-    INTAKE_CHECK(status == tarnic::kGoodFile || status == tarnic::kEmptyFile || status == nrec + 1 ||
-                     (status <= -2 && nrec == 0),
+    INTAKE_CHECK(status == tarnic::kGoodFile || status == tarnic::kEmptyFile ||
+                     status == nrec + 1 || (status <= -2 && nrec == 0),
                  status, nrec);
     INTAKE_CHECK((status == tarnic::kEmptyFile) == (size == 0), status, size);
     INTAKE_CHECK(nrec == expected.records, nrec, expected.records);

@@ -45,8 +45,7 @@ inline unsigned char classOf(const char* p) {
 }
 
 // Where a field ends: with a decimal comma, a comma belongs to the field.
-template <bool kDecimalComma>
-inline bool endsField(const char* p) {
+template <bool kDecimalComma> inline bool endsField(const char* p) {
     return classOf(p) != kOrdinary && !(kDecimalComma && *p == ',');
 }
 
@@ -103,7 +102,8 @@ class LineBlocks {
             }
             const std::size_t got =
                 want == 0 ? 0 : std::fread(buffer_.data() + end_, 1, want, file_.get());
-            if (!sawComma_ && std::memchr(buffer_.data() + end_, ',', got) != nullptr) sawComma_ = true;
+            if (!sawComma_ && std::memchr(buffer_.data() + end_, ',', got) != nullptr)
+                sawComma_ = true;
             end_ += got;
             bytesLeft_ -= got;
             if (got == 0) {
@@ -172,8 +172,7 @@ class LineBlocks {
 };
 
 // Steps from a field start over the field; returns its end.
-template <bool kDecimalComma>
-inline char* fieldEnd(char* p) {
+template <bool kDecimalComma> inline char* fieldEnd(char* p) {
     while (!endsField<kDecimalComma>(p))
         ++p;
     return p;
@@ -190,8 +189,7 @@ struct DecimalText {
     bool negative;
 };
 
-template <bool kDecimalComma>
-inline DecimalText readDecimal(char* p) {
+template <bool kDecimalComma> inline DecimalText readDecimal(char* p) {
     DecimalText d{p, 0, 0, 0, false};
     if (*p == '+' || *p == '-') d.negative = (*p++ == '-');
     for (; isDigit(*p); ++p, ++d.digitCount)
@@ -216,8 +214,7 @@ struct FieldShape {
     int point = -1; // offset of the decimal point, -1 without one
 };
 
-template <bool kDecimalComma>
-inline FieldShape shapeOf(const char* p) {
+template <bool kDecimalComma> inline FieldShape shapeOf(const char* p) {
     FieldShape shape;
 #if defined(__SSE2__) || defined(_M_X64)
     const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
@@ -231,10 +228,10 @@ inline FieldShape shapeOf(const char* p) {
                      _mm_or_si128(kDecimalComma ? _mm_setzero_si128() : eq(','), eq(';')))));
     if (ends == 0) return shape;
     const int length = std::countr_zero(ends);
-    const unsigned digits = static_cast<unsigned>(_mm_movemask_epi8(_mm_and_si128(
-        _mm_cmpgt_epi8(bytes, _mm_set1_epi8('0' - 1)), _mm_cmplt_epi8(bytes, _mm_set1_epi8('9' + 1)))));
-    const unsigned points =
-        static_cast<unsigned>(_mm_movemask_epi8(eq(kDecimalComma ? ',' : '.')));
+    const unsigned digits = static_cast<unsigned>(
+        _mm_movemask_epi8(_mm_and_si128(_mm_cmpgt_epi8(bytes, _mm_set1_epi8('0' - 1)),
+                                        _mm_cmplt_epi8(bytes, _mm_set1_epi8('9' + 1)))));
+    const unsigned points = static_cast<unsigned>(_mm_movemask_epi8(eq(kDecimalComma ? ',' : '.')));
     const int signLength = (*p == '+' || *p == '-') ? 1 : 0;
     const unsigned field = ((1u << length) - 1) & ~((1u << signLength) - 1);
     const unsigned fieldPoints = points & field;
@@ -255,8 +252,7 @@ inline FieldShape shapeOf(const char* p) {
 // gets the end of the field. A plain decimal of at most 30 digits is far inside
 // the float range and needs no conversion; anything else (an exponent, more
 // digits, other characters) is decided by parseNumber().
-template <bool kDecimalComma>
-inline bool isNumberField(char* p, char*& end) {
+template <bool kDecimalComma> inline bool isNumberField(char* p, char*& end) {
     const FieldShape shape = shapeOf<kDecimalComma>(p);
     if (shape.plain) {
         end = p + shape.length;
@@ -277,8 +273,7 @@ inline bool isNumberField(char* p, char*& end) {
 // differ from rounding the decimal once only when the double lands exactly on the
 // midpoint between two floats; such values, values outside the normal float
 // range and every other form go to parseNumber().
-template <bool kDecimalComma>
-inline bool readNumberField(char* p, char*& end, float& value) {
+template <bool kDecimalComma> inline bool readNumberField(char* p, char*& end, float& value) {
     static constexpr double kPowers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
                                          1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
                                          1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
@@ -432,8 +427,8 @@ Outcome countFast(const std::filesystem::path& file, std::size_t blockSize, Reco
 }
 
 template <bool kDecimalComma>
-Outcome readFast(const std::filesystem::path& file, std::span<float> signal,
-                 std::size_t blockSize, std::size_t& read, bool& commaSeen) {
+Outcome readFast(const std::filesystem::path& file, std::span<float> signal, std::size_t blockSize,
+                 std::size_t& read, bool& commaSeen) {
     LineBlocks blocks(file, blockSize);
     read = 0;
     bool bad = false;
@@ -468,10 +463,9 @@ RecordCount countAs(const std::filesystem::path& file, std::size_t blockSize, Co
 std::size_t readAs(const std::filesystem::path& file, std::span<float> signal,
                    std::size_t blockSize, CommaRole commas, bool& commaSeen) {
     std::size_t read = 0;
-    const Outcome outcome =
-        commas == CommaRole::decimal
-            ? readFast<true>(file, signal, blockSize, read, commaSeen)
-            : readFast<false>(file, signal, blockSize, read, commaSeen);
+    const Outcome outcome = commas == CommaRole::decimal
+                                ? readFast<true>(file, signal, blockSize, read, commaSeen)
+                                : readFast<false>(file, signal, blockSize, read, commaSeen);
     if (outcome == Outcome::tooLong) read = readWithReader(file, signal, blockSize, commas);
     return read;
 }

@@ -5,8 +5,8 @@
 #include <charconv>
 #include <cmath>
 #include <cstring>
-#include <string>
 #include <initializer_list>
+#include <string>
 #include <system_error>
 #include <vector>
 
@@ -165,8 +165,7 @@ bool parseNumber(char* first, char* last, float& value, char decimalSign) {
     return false;
 }
 
-TableReader::TableReader(const std::filesystem::path& file, std::size_t blockSize,
-                         CommaRole commas)
+TableReader::TableReader(const std::filesystem::path& file, std::size_t blockSize, CommaRole commas)
     : blockSize_(std::max<std::size_t>(blockSize, 1)), decimalComma_(commas == CommaRole::decimal) {
     TableFile table = openTable(file);
     if (!table.file) {
@@ -187,7 +186,8 @@ bool TableReader::fill(std::size_t keepFrom) {
     pos_ -= keepFrom;
     end_ = kept;
     if (exhausted_) return false;
-    const std::size_t want = static_cast<std::size_t>(std::min<std::uint64_t>(blockSize_, bytesLeft_));
+    const std::size_t want =
+        static_cast<std::size_t>(std::min<std::uint64_t>(blockSize_, bytesLeft_));
     const std::size_t got = want == 0 ? 0 : std::fread(buffer_.data() + end_, 1, want, file_.get());
     if (got == 0) {
         exhausted_ = true;
@@ -291,14 +291,25 @@ FieldKind TableReader::nextField(float& value) {
 namespace {
 
 // Shape of a word read byte by byte: [+|-]digits,digits[(e|E|d|D)[+|-]digits].
-enum class WordShape { start, sign, integer, comma, fraction, exponentLetter, exponentSign,
-                       exponent, other };
+enum class WordShape {
+    start,
+    sign,
+    integer,
+    comma,
+    fraction,
+    exponentLetter,
+    exponentSign,
+    exponent,
+    other
+};
 
 WordShape nextShape(WordShape s, char c) {
     const bool digit = c >= '0' && c <= '9';
     switch (s) {
     case WordShape::start:
-        return digit ? WordShape::integer : (c == '+' || c == '-') ? WordShape::sign : WordShape::other;
+        return digit                    ? WordShape::integer
+               : (c == '+' || c == '-') ? WordShape::sign
+                                        : WordShape::other;
     case WordShape::sign:
         return digit ? WordShape::integer : WordShape::other;
     case WordShape::integer:
@@ -373,7 +384,8 @@ CommaVerdict judgeCommas(const std::filesystem::path& file) {
     std::uint64_t left = table.tableBytes;
     bool first = true;
     while (left > 0) {
-        const std::size_t want = static_cast<std::size_t>(std::min<std::uint64_t>(buffer.size(), left));
+        const std::size_t want =
+            static_cast<std::size_t>(std::min<std::uint64_t>(buffer.size(), left));
         const std::size_t got = std::fread(buffer.data(), 1, want, table.file.get());
         if (got == 0) break;
         left -= got;
@@ -387,8 +399,10 @@ CommaVerdict judgeCommas(const std::filesystem::path& file) {
             const char before = previous;
             if (c == '\n' || c == '\r') {
                 if (line == Line::data) {
-                    if (inWord) endWord();
-                    else if (afterWord && runSemicolon) semicolonRun.note(lineNumber, record);
+                    if (inWord)
+                        endWord();
+                    else if (afterWord && runSemicolon)
+                        semicolonRun.note(lineNumber, record);
                 }
                 if (!(c == '\n' && previous == '\r')) ++lineNumber;
                 line = Line::leading;
@@ -433,8 +447,10 @@ CommaVerdict judgeCommas(const std::filesystem::path& file) {
             shape = nextShape(shape, c);
         }
     }
-    if (line == Line::data && inWord) endWord();
-    else if (line == Line::data && afterWord && runSemicolon) semicolonRun.note(lineNumber, record);
+    if (line == Line::data && inWord)
+        endWord();
+    else if (line == Line::data && afterWord && runSemicolon)
+        semicolonRun.note(lineNumber, record);
 
     const bool digitCommas = digitComma.line != 0;
     const bool lists = listComma.line != 0;

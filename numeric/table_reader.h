@@ -101,17 +101,12 @@ struct CommaVerdict {
 };
 CommaVerdict judgeCommas(const std::filesystem::path& file);
 
-// The decimal sign of numbers under a comma role.
-inline char decimalSign(CommaRole role) {
-    return role == CommaRole::decimal ? ',' : '.';
-}
-
 // Parses the whole of [first, last) as a number in the table format above and
 // stores it, rounded to float, in `value`. Returns false, leaving `value` alone,
 // when the text is anything else (empty, trailing characters, not finite, out of
-// float range, beyond kMaxMagnitude). The text may be modified in place (a Fortran 'd' becomes 'e').
-// With decimalSign ',' the comma takes the place of the point, and a point makes
-// the text no number.
+// float range, beyond kMaxMagnitude). The text may be modified in place (a Fortran 'd' becomes
+// 'e'). With decimalSign ',' the comma takes the place of the point, and a point makes the text no
+// number.
 bool parseNumber(char* first, char* last, float& value, char decimalSign = '.');
 
 enum class FieldKind {
@@ -167,7 +162,7 @@ class TableReader {
     std::size_t end_ = 0; // one past the last valid byte in buffer_
     std::uint64_t fileSize_ = 0;
     std::uint64_t bytesLeft_ = 0; // of the table, not yet read
-    bool exhausted_ = false; // the file has no more bytes (or a read failed)
+    bool exhausted_ = false;      // the file has no more bytes (or a read failed)
     bool failed_ = false;
     bool started_ = false;    // the byte-order mark has been looked for
     bool atLineStart_ = true; // the next byte begins a line

@@ -107,7 +107,8 @@ TEST(CountRecords, SkipsByteOrderMarkCommentsAndBlankLines) {
 
 TEST(CountRecords, OnlyTheFirstFieldIsChecked) {
     TempDir dir;
-    EXPECT_EQ(countText(dir, "1, 2\n3;4\n\t5\t6\n ,;7 8\n9 abc nan\n"), (RecordCount{5, kGoodFile}));
+    EXPECT_EQ(countText(dir, "1, 2\n3;4\n\t5\t6\n ,;7 8\n9 abc nan\n"),
+              (RecordCount{5, kGoodFile}));
     EXPECT_EQ(readText(dir, "1, 2\n3;4\n\t5\t6\n ,;7 8\n9 abc nan\n", 5),
               (std::vector<float>{1, 3, 5, 7, 9}));
 }
@@ -130,7 +131,9 @@ TEST(CountRecords, DecimalCommasAreDecidedByTheTable) {
         RecordCount count;
         std::vector<float> values;
     };
-    const auto ambiguous = [](std::int64_t line) { return RecordCount{0, ambiguousCommasStatus(line)}; };
+    const auto ambiguous = [](std::int64_t line) {
+        return RecordCount{0, ambiguousCommasStatus(line)};
+    };
     // clang-format off
     const Case cases[] = {
         // decimal: semicolon or tab separated, every comma between digits
@@ -191,8 +194,10 @@ TEST(CountRecords, HugeLinesNeedNoMemory) {
     EXPECT_EQ(countText(dir, garbage), (RecordCount{0, 1}));
     // Lines longer than a block plus 1 MiB: the streaming reader takes over.
     const std::string blanks(3 << 20, ' ');
-    EXPECT_EQ(countText(dir, "1\n" + blanks + "2\n3 " + garbage + "\n4"), (RecordCount{4, kGoodFile}));
-    EXPECT_EQ(readText(dir, "1\n" + blanks + "2\n3 " + garbage + "\n4", 4), (std::vector<float>{1, 2, 3, 4}));
+    EXPECT_EQ(countText(dir, "1\n" + blanks + "2\n3 " + garbage + "\n4"),
+              (RecordCount{4, kGoodFile}));
+    EXPECT_EQ(readText(dir, "1\n" + blanks + "2\n3 " + garbage + "\n4", 4),
+              (std::vector<float>{1, 2, 3, 4}));
     // A long tail after a good first field is skipped.
     EXPECT_EQ(countText(dir, "1 " + garbage + "\n2\n"), (RecordCount{2, kGoodFile}));
     // First fields are read up to kMaxFieldLength bytes.
@@ -208,7 +213,8 @@ TEST(CountRecords, BlockBoundariesDoNotMatter) {
     TempDir dir;
     const std::string tables[] = {
         "16777217\r\n16777219\r\n-0\r\n+.5\r\n5.\r\n1e-40\r\n1.17549435e-38\r\n"
-        "123456789012345\r\n1234567890123456\r\n0.000000000000001\r\n99999999999999999999999999999\r\n"
+        "123456789012345\r\n1234567890123456\r\n0."
+        "000000000000001\r\n99999999999999999999999999999\r\n"
         "1.5d2\r\n1e35\r\n1.00000005960464477539062500001 x\r\n0.1;2\r\n\x1A",
         "1\t2\n3, 4\n5;6\n\v7\f8\n-9e-3\n1.5.5\n",
 
