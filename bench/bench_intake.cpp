@@ -1,12 +1,15 @@
 // Speed of reading signal tables: counting and reading a two-column file of one
 // million records ("value time", CR LF), and once a file of ten million records;
-// and splitting the million-record table into its two column files.
+// the same million records as a decimal-comma table ("value;time" with commas),
+// whose commas are judged and which is then read with the comma; and splitting
+// the million-record table into its two column files.
 // The files are written once into a scratch directory and removed at exit.
 #include "numeric/demultiplex.h"
 #include "numeric/intake.h"
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cstdio>
 #include <filesystem>
@@ -30,15 +33,17 @@ class ScratchTables {
         std::error_code ignored;
         fs::remove_all(dir_, ignored);
     }
-    // A table of `records` lines "value time", written on first use.
-    fs::path table(int records) const {
-        fs::path file = dir_ / ("table-" + std::to_string(records) + ".dat");
-        if (!fs::exists(file)) write(file, records);
+    // A table of `records` lines "value time" (or "value;time" with decimal
+    // commas), written on first use.
+    fs::path table(int records, bool decimalComma = false) const {
+        fs::path file =
+            dir_ / ("table-" + std::to_string(records) + (decimalComma ? "-eu" : "") + ".dat");
+        if (!fs::exists(file)) write(file, records, decimalComma);
         return file;
     }
 
   private:
-    static void write(const fs::path& file, int records) {
+    static void write(const fs::path& file, int records, bool decimalComma) {
         std::mt19937_64 random(1);
         std::uniform_real_distribution<float> value(-1000.0f, 1000.0f);
         std::string text;
@@ -46,9 +51,13 @@ class ScratchTables {
         std::ofstream out(file, std::ios::binary);
         char number[32];
         for (int i = 0; i < records; ++i) {
+            const std::size_t from = text.size();
             text.append(number, std::to_chars(number, number + sizeof number, value(random)).ptr);
-            text += ' ';
+            text += decimalComma ? ';' : ' ';
             text.append(number, std::to_chars(number, number + sizeof number, i * 0.001).ptr);
+            if (decimalComma)
+                std::replace(text.begin() + static_cast<std::ptrdiff_t>(from), text.end(), '.',
+                             ',');
             text += "\r\n";
             if (text.size() > (std::size_t{1} << 24) - 64) {
                 out.write(text.data(), static_cast<std::streamsize>(text.size()));
@@ -88,9 +97,10 @@ void BM_ReadSignalFile(benchmark::State& state) {
     reportRecords(state, file, state.range(0));
 }
 
-// What loading a signal costs: count, size the array, read.
+// What loading a signal costs: count, size the array, read. Second argument 1:
+// the decimal-comma table.
 void BM_CountThenRead(benchmark::State& state) {
-    const fs::path file = tables().table(static_cast<int>(state.range(0)));
+    const fs::path file = tables().table(static_cast<int>(state.range(0)), state.range(1) != 0);
     for (auto _ : state) {
         const tarnic::RecordCount count = tarnic::countFileRecords(file);
         std::vector<float> signal(static_cast<std::size_t>(count.records));
@@ -105,14 +115,18 @@ void BM_CountThenRead(benchmark::State& state) {
 void BM_DemultiplexTable(benchmark::State& state) {
     const fs::path file = tables().table(static_cast<int>(state.range(0)));
     for (auto _ : state)
-        benchmark::DoNotOptimize(tarnic::demultiplexTable(file, static_cast<std::int32_t>(state.range(0))));
+        benchmark::DoNotOptimize(
+            tarnic::demultiplexTable(file, static_cast<std::int32_t>(state.range(0))));
     reportRecords(state, file, state.range(0));
 }
 
 BENCHMARK(BM_CountFileRecords)->Arg(1'000'000)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_ReadSignalFile)->Arg(1'000'000)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_CountThenRead)->Arg(1'000'000)->Unit(benchmark::kMillisecond);
-BENCHMARK(BM_CountThenRead)->Arg(10'000'000)->Iterations(1)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_CountThenRead)
+    ->Args({1'000'000, 0})
+    ->Args({1'000'000, 1})
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_CountThenRead)->Args({10'000'000, 0})->Iterations(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_DemultiplexTable)->Arg(1'000'000)->Unit(benchmark::kMillisecond);
 
 } // namespace

@@ -5,8 +5,9 @@
 // input), counted, and, when the count found records, read into a buffer of
 // exactly the counted number of samples, so AddressSanitizer reports any write past
 // it. What must hold:
-//  - the status is one of the documented codes: -1 (good file), 0 (size zero) or
-//    nrec + 1 (wrong structure in record nrec + 1), with nrec >= 0;
+//  - the status is one of the documented codes: -1 (good file), 0 (size zero),
+//    nrec + 1 (wrong structure in record nrec + 1), with nrec >= 0, or -1 - line
+//    with nrec 0 (commas readable both as decimal commas and as separators);
 //  - count and values agree with an independent, whole-buffer model of the table
 //    format below (the library streams the file through a fixed-size block);
 //  - every sample read is finite, and the read fills exactly the counted records;
@@ -104,9 +105,15 @@ bool isDigit(char c) {
 }
 
 // [+|-]digits[.digits][(e|E|d|D)[+|-]digits] with at least one mantissa digit, no
-// longer than the reader keeps, rounded by strtof and finite.
-bool modelNumber(std::string field, float& value) {
+// longer than the reader keeps, rounded by strtof, of magnitude at most 1E+35.
+bool modelNumber(std::string field, float& value, bool decimalComma = false) {
     if (field.size() > tarnic::detail::kMaxFieldLength) return false;
+    if (decimalComma) {
+        // The comma is the decimal sign; a point makes it no number.
+        if (field.find('.') != std::string::npos) return false;
+        if (const std::size_t comma = field.find(','); comma != std::string::npos)
+            field[comma] = '.';
+    }
     std::size_t i = 0;
     const std::size_t n = field.size();
     if (i < n && (field[i] == '+' || field[i] == '-')) ++i;
@@ -129,7 +136,7 @@ bool modelNumber(std::string field, float& value) {
     char* end = nullptr;
     const float parsed = std::strtof(field.c_str(), &end);
     if (end != field.c_str() + n) fail("strtof disagrees with the grammar", end - field.c_str());
-    if (!std::isfinite(parsed)) return false;
+    if (!std::isfinite(parsed) || std::fabs(parsed) > 1e35f) return false;
     value = parsed;
     return true;
 }
@@ -140,36 +147,137 @@ struct Expected {
     std::vector<float> values;
 };
 
+// A word that is a number with its one comma as the decimal sign:
+// [+|-]digits,digits[(e|E|d|D)[+|-]digits].
+bool decimalShaped(const std::string& w) {
+    std::size_t i = 0;
+    const auto digits = [&] {
+        const std::size_t from = i;
+        while (i < w.size() && isDigit(w[i]))
+            ++i;
+        return i > from;
+    };
+    if (i < w.size() && (w[i] == '+' || w[i] == '-')) ++i;
+    if (!digits() || i >= w.size() || w[i++] != ',' || !digits()) return false;
+    if (i < w.size() && (w[i] == 'e' || w[i] == 'E' || w[i] == 'd' || w[i] == 'D')) {
+        ++i;
+        if (i < w.size() && (w[i] == '+' || w[i] == '-')) ++i;
+        if (!digits()) return false;
+    }
+    return i == w.size();
+}
+
+// The lines of the table: [begin, end) and the 1-based line number a text editor
+// shows (CR LF is one line end; here it also gives an empty line, as the reader's
+// CR and LF both end a line).
+struct Line {
+    std::size_t begin, end;
+    std::int64_t number;
+};
+
+std::vector<Line> linesOf(const std::uint8_t* data, std::size_t begin, std::size_t size) {
+    std::vector<Line> lines;
+    std::int64_t number = 1;
+    for (std::size_t p = begin; p < size;) {
+        std::size_t e = p;
+        while (e < size && !isLineEnd(data[e]))
+            ++e;
+        lines.push_back({p, e, number});
+        if (e < size && !(data[e] == '\n' && e > 0 && data[e - 1] == '\r')) ++number;
+        p = e + 1;
+    }
+    return lines;
+}
+
+// The records of the table under one reading of commas.
+Expected modelRecords(const std::uint8_t* data, const std::vector<Line>& lines, bool decimalComma) {
+    Expected e;
+    for (const Line& line : lines) {
+        std::size_t q = line.begin;
+        while (q < line.end && isSeparator(data[q]))
+            ++q;
+        if (q == line.end || data[q] == '#' || data[q] == '%' || data[q] == '\'') continue;
+        std::size_t f = q;
+        while (f < line.end && !(isSeparator(data[f]) && !(decimalComma && data[f] == ',')))
+            ++f;
+        float v = 0.0f;
+        if (!modelNumber(std::string(data + q, data + f), v, decimalComma)) {
+            e.status = e.records + 1;
+            return e;
+        }
+        e.values.push_back(v);
+        ++e.records;
+    }
+    if (e.records == 0) e.status = 1;
+    return e;
+}
+
 Expected model(const std::uint8_t* data, std::size_t size) {
     Expected e;
     if (size == 0) {
         e.status = tarnic::kEmptyFile;
         return e;
     }
-    std::size_t p = 0;
-    if (size >= 3 && data[0] == 0xEF && data[1] == 0xBB && data[2] == 0xBF) p = 3;
-    while (p < size) {
-        std::size_t lineEnd = p;
-        while (lineEnd < size && !isLineEnd(data[lineEnd]))
-            ++lineEnd;
-        std::size_t q = p;
-        while (q < lineEnd && isSeparator(data[q]))
-            ++q;
-        if (q < lineEnd && data[q] != '#' && data[q] != '%' && data[q] != '\'') {
-            std::size_t f = q;
-            while (f < lineEnd && !isSeparator(data[f]))
-                ++f;
-            float v = 0.0f;
-            if (!modelNumber(std::string(data + q, data + f), v)) {
-                e.status = e.records + 1;
-                return e;
+    if (data[size - 1] == 0x1A) --size; // an end-of-file mark closing the file
+    std::size_t start = 0;
+    if (size >= 3 && data[0] == 0xEF && data[1] == 0xBB && data[2] == 0xBF) start = 3;
+    const std::vector<Line> lines = linesOf(data, start, size);
+
+    // The commas: first line (and its record) of each kind of evidence, 0 if none.
+    struct Seen {
+        std::int64_t line = 0, record = 0;
+    } digitComma, listComma, semicolonRun, blankRun;
+    const auto note = [](Seen& s, std::int64_t line, std::int64_t record) {
+        if (s.line == 0) s = {line, record};
+    };
+    std::int64_t record = 0;
+    for (const Line& line : lines) {
+        std::size_t q = line.begin;
+        bool leadingComma = false;
+        for (; q < line.end && isSeparator(data[q]); ++q)
+            leadingComma = leadingComma || data[q] == ',';
+        if (q == line.end || data[q] == '#' || data[q] == '%' || data[q] == '\'') continue;
+        ++record;
+        if (leadingComma) note(listComma, line.number, record);
+        // Words split at separators other than the comma.
+        const auto splits = [](std::uint8_t c) { return isSeparator(c) && c != ','; };
+        bool afterWord = false;
+        for (std::size_t p = q; p < line.end;) {
+            bool semicolon = false;
+            for (; p < line.end && splits(data[p]); ++p)
+                semicolon = semicolon || data[p] == ';' || data[p] == '\t';
+            if (p == line.end) {
+                if (afterWord && semicolon) note(semicolonRun, line.number, record);
+                break;
             }
-            e.values.push_back(v);
-            ++e.records;
+            if (afterWord) note(semicolon ? semicolonRun : blankRun, line.number, record);
+            std::size_t w = p;
+            while (w < line.end && !splits(data[w]))
+                ++w;
+            const std::string word(data + p, data + w);
+            for (std::size_t i = 1; i + 1 < word.size(); ++i)
+                if (word[i] == ',' && isDigit(word[i - 1]) && isDigit(word[i + 1]))
+                    note(digitComma, line.number, record);
+            if (word.find(',') != std::string::npos && !decimalShaped(word))
+                note(listComma, line.number, record);
+            afterWord = true;
+            p = w;
         }
-        p = lineEnd + 1;
     }
-    if (e.records == 0) e.status = 1;
+    const Expected separated = modelRecords(data, lines, false);
+    if (digitComma.line == 0) return separated;
+    const bool lists = listComma.line != 0, semicolons = semicolonRun.line != 0;
+    if (!lists && semicolons && blankRun.line == 0) return modelRecords(data, lines, true);
+    if (lists && !semicolons) return separated;
+    Seen at = digitComma;
+    for (const Seen* s : {&listComma, &semicolonRun, &blankRun}) {
+        const bool counts =
+            semicolons && (s == &semicolonRun || (lists ? s == &listComma : s == &blankRun));
+        if (counts && s->line > at.line) at = *s;
+    }
+    // A bad record before the ambiguous one is reported first.
+    if (separated.status == separated.records + 1 && separated.status < at.record) return separated;
+    e.status = static_cast<std::int32_t>(-1 - at.line);
     return e;
 }
 
@@ -197,7 +305,8 @@ Expected checkTable(const Scratch& scratch, const std::uint8_t* data, std::size_
     CountFileRecords_dll(scratch.codes().data(), &pathLen, &nrec, &status);
 
     INTAKE_CHECK(nrec >= 0, nrec);
-    INTAKE_CHECK(status == tarnic::kGoodFile || status == tarnic::kEmptyFile || status == nrec + 1,
+    INTAKE_CHECK(status == tarnic::kGoodFile || status == tarnic::kEmptyFile ||
+                     status == nrec + 1 || (status <= -2 && nrec == 0),
                  status, nrec);
     INTAKE_CHECK((status == tarnic::kEmptyFile) == (size == 0), status, size);
     INTAKE_CHECK(nrec == expected.records, nrec, expected.records);

@@ -98,8 +98,8 @@ class ColumnFile {
 
 // Number of fields of the first data record (capped at kMaxDemultiplexColumns);
 // -1 when the input cannot be read.
-int countColumns(const fs::path& input) {
-    TableReader reader(input);
+int countColumns(const fs::path& input, detail::CommaRole commas) {
+    TableReader reader(input, detail::kDefaultBlockSize, commas);
     int columns = 0;
     if (reader.nextRecord()) {
         float ignored = 0.0f;
@@ -112,8 +112,9 @@ int countColumns(const fs::path& input) {
 // Writes columns [first, last) (0-based) to temporary files; the complete ones
 // holding at least one value are appended to `done`. False on any read or write
 // failure.
-bool writeColumns(const fs::path& input, std::int32_t nrec, int first, int last,
-                  TemporaryFiles& temporaries, std::vector<std::pair<fs::path, fs::path>>& done) {
+bool writeColumns(const fs::path& input, std::int32_t nrec, detail::CommaRole commas, int first,
+                  int last, TemporaryFiles& temporaries,
+                  std::vector<std::pair<fs::path, fs::path>>& done) {
     std::vector<ColumnFile> columns;
     columns.reserve(static_cast<std::size_t>(last - first));
     for (int c = first; c < last; ++c) {
@@ -121,7 +122,7 @@ bool writeColumns(const fs::path& input, std::int32_t nrec, int first, int last,
         if (!columns.back().opened()) return false;
     }
 
-    TableReader reader(input);
+    TableReader reader(input, detail::kDefaultBlockSize, commas);
     int taking = last - first;
     for (std::int32_t r = 0; r < nrec && taking > 0 && reader.nextRecord(); ++r) {
         for (int c = 0; c < last; ++c) {
@@ -176,13 +177,17 @@ fs::path columnFileName(const fs::path& input, int column) {
 
 int demultiplexTable(const fs::path& input, std::int32_t nrec) {
     if (nrec <= 0) return 0;
-    const int columns = countColumns(input);
+    // Decimal commas as the intake reads them; a table whose commas can be read
+    // two ways is not split.
+    const detail::CommaRole commas = detail::judgeCommas(input).role;
+    if (commas == detail::CommaRole::ambiguous) return 0;
+    const int columns = countColumns(input, commas);
     if (columns <= 1) return 0;
 
     TemporaryFiles temporaries;
     std::vector<std::pair<fs::path, fs::path>> done; // (temporary, final)
     for (int first = 0; first < columns; first += kColumnsPerPass) {
-        if (!writeColumns(input, nrec, first, std::min(columns, first + kColumnsPerPass),
+        if (!writeColumns(input, nrec, commas, first, std::min(columns, first + kColumnsPerPass),
                           temporaries, done))
             return 0;
     }

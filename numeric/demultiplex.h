@@ -16,7 +16,8 @@ inline constexpr int kMaxDemultiplexColumns = 1024;
 // Never the input's own name: the result is always longer than it.
 std::filesystem::path columnFileName(const std::filesystem::path& input, int column);
 
-// Splits the table `input` (same format and record rules as intake.h) into one
+// Splits the table `input` (same format and record rules as intake.h, decimal
+// commas included; a table whose commas are ambiguous is not split) into one
 // file per column, named by columnFileName(). The number of columns k is the number
 // of fields of the first data record; with k <= 1, or nrec <= 0, nothing is
 // written. Only the first `nrec` data records are read.

@@ -3,7 +3,8 @@
 // A table holds one record a line; the first field of each record is the signal
 // value, any further fields are ignored. The format in brief (table_reader.h has
 // every detail):
-//  - line ends LF, CR LF or CR; the last line needs no line end;
+//  - line ends LF, CR LF or CR; the last line needs no line end; an end-of-file
+//    byte 0x1A as the very last byte of the file is ignored;
 //  - a UTF-8 byte-order mark at the start is ignored;
 //  - fields are separated by any run of blanks, tabs, commas or semicolons, and
 //    separators at the start of a line are skipped ("1,5" is two fields, 1 and 5);
@@ -11,22 +12,47 @@
 //    character '#', '%' or '\'') are skipped and are not records;
 //  - a number is [+|-]digits[.digits][(e|E|d|D)[+|-]digits], e.g. "1.5e-3", ".5",
 //    "-3.", "+2E+07", "1.0D-3"; it is rounded to float. A first field that is not
-//    such a number, or whose value rounds to infinity as a float (e.g. "1e39"),
-//    or that spells inf/nan, gives the record a wrong structure. Magnitudes below
-//    the smallest float read as zero.
+//    such a number, or whose float exceeds 1E+35 in magnitude (e.g. "2e35",
+//    "-3E+38"), or that spells inf/nan, gives the record a wrong structure.
+//    Magnitudes below the smallest float read as zero.
+//  - decimal commas: when every record separates its fields by semicolons or tabs
+//    and every comma stands between two digits of a number ("5,123;7,5"), the
+//    comma is the decimal sign; a table whose commas could be read either way
+//    ("5,123" alone on a line, or semicolons mixed with list commas) is refused
+//    (ambiguousCommasStatus). table_reader.h has the exact rule.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <limits>
 #include <span>
 
 namespace tarnic {
+
+namespace detail {
+// How a table's commas are read (decided by judgeCommas() in table_reader.h).
+enum class CommaRole { separator, decimal, ambiguous };
+} // namespace detail
 
 // RecordCount::status of a good file.
 inline constexpr std::int32_t kGoodFile = -1;
 // RecordCount::status of a file of size zero.
 inline constexpr std::int32_t kEmptyFile = 0;
+
+// RecordCount::status of a table refused because its commas can be read both as
+// decimal commas and as separators: -1 - line, so -2 and below, with `records` 0.
+// `line` is the 1-based line of the file (every line counted) where the
+// ambiguity shows; see detail::judgeCommas() in table_reader.h.
+constexpr std::int32_t ambiguousCommasStatus(std::int64_t line) {
+    return line >= std::numeric_limits<std::int32_t>::max() - 1
+               ? std::numeric_limits<std::int32_t>::min()
+               : static_cast<std::int32_t>(-1 - line);
+}
+// The line named by such a status.
+constexpr std::int64_t ambiguousCommasLine(std::int32_t status) {
+    return -1 - static_cast<std::int64_t>(status);
+}
 
 struct RecordCount {
     // Number of good records (all of them for a good file, otherwise those before
@@ -36,6 +62,8 @@ struct RecordCount {
     // kEmptyFile (0): the file has size zero.
     // records + 1: the record of that number (1-based, counting data records only)
     //              has a wrong structure.
+    // -2 and below: ambiguousCommasStatus(line), the commas of the table can be
+    //              read two ways; records is 0.
     std::int32_t status = 1;
 
     friend bool operator==(const RecordCount&, const RecordCount&) = default;
@@ -69,9 +97,24 @@ std::filesystem::path pathFromCodes(const std::int16_t* codes, std::int32_t leng
 namespace detail {
 // The routines above with the read block size (bytes) chosen by the caller; the
 // tests use tiny blocks to cross every block boundary.
+//
+// They read the file in blocks and scan each run of whole lines in place: one
+// tight loop per record finds the first field, checks it (the count converts only
+// numbers that could leave the float range) or converts it (the read), and steps
+// to the line end; no allocation per line. A line longer than a block plus 1 MiB
+// sends the routine back to the start with the streaming TableReader, which needs
+// no memory for it.
 RecordCount countFileRecords(const std::filesystem::path& file, std::size_t blockSize);
 std::size_t readSignalFile(const std::filesystem::path& file, std::span<float> signal,
                            std::size_t blockSize);
+
+// The same results from the streaming TableReader alone, byte by byte through its
+// buffer: the long-line path of the routines above.
+// The streaming reader under a given reading of commas, without judging them.
+RecordCount countFileRecordsStreaming(const std::filesystem::path& file, std::size_t blockSize,
+                                      CommaRole commas = CommaRole::separator);
+std::size_t readSignalFileStreaming(const std::filesystem::path& file, std::span<float> signal,
+                                    std::size_t blockSize, CommaRole commas = CommaRole::separator);
 } // namespace detail
 
 } // namespace tarnic

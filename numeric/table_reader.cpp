@@ -5,8 +5,10 @@
 #include <charconv>
 #include <cmath>
 #include <cstring>
+#include <initializer_list>
 #include <string>
 #include <system_error>
+#include <vector>
 
 namespace tarnic::detail {
 
@@ -24,6 +26,14 @@ constexpr std::array<unsigned char, 256> makeByteClasses() {
 }
 
 constexpr std::array<unsigned char, 256> kByteClasses = makeByteClasses();
+
+constexpr std::array<unsigned char, 256> makeDecimalCommaClasses() {
+    std::array<unsigned char, 256> classes = makeByteClasses();
+    classes[static_cast<unsigned char>(',')] = kOrdinary;
+    return classes;
+}
+
+constexpr std::array<unsigned char, 256> kDecimalCommaClasses = makeDecimalCommaClasses();
 
 inline unsigned char byteClass(char c) {
     return kByteClasses[static_cast<unsigned char>(c)];
@@ -88,8 +98,47 @@ FilePtr openFile(const std::filesystem::path& file, const char* mode) {
 #endif
 }
 
-bool parseNumber(char* first, char* last, float& value) {
+namespace {
+
+bool seekTo(std::FILE* f, std::uint64_t offset) {
+#if defined(_WIN32)
+    return _fseeki64(f, static_cast<__int64>(offset), SEEK_SET) == 0;
+#else
+    return fseeko(f, static_cast<off_t>(offset), SEEK_SET) == 0;
+#endif
+}
+
+} // namespace
+
+TableFile openTable(const std::filesystem::path& file) {
+    TableFile table;
+    FilePtr f = openFile(file, "rb");
+    if (!f) return table;
+    // Reads are whole blocks into the caller's buffer; a stdio buffer only copies.
+    std::setvbuf(f.get(), nullptr, _IONBF, 0);
+    std::error_code ec;
+    const std::uintmax_t size = std::filesystem::file_size(file, ec);
+    if (ec) return table; // a directory, or gone since it was opened
+    table.size = size;
+    table.tableBytes = size;
+    if (size > 0) {
+        char last = 0;
+        if (!seekTo(f.get(), size - 1) || std::fread(&last, 1, 1, f.get()) != 1 ||
+            !seekTo(f.get(), 0))
+            return table;
+        if (last == kEndOfFileByte) --table.tableBytes;
+    }
+    table.file = std::move(f);
+    return table;
+}
+
+bool parseNumber(char* first, char* last, float& value, char decimalSign) {
     if (first == last) return false;
+    if (decimalSign == ',') {
+        if (std::find(first, last, '.') != last) return false;
+        char* const comma = std::find(first, last, ',');
+        if (comma != last) *comma = '.';
+    }
     if (*first == '+') {
         // from_chars takes no '+'; a second sign after it is not a number.
         ++first;
@@ -104,7 +153,8 @@ bool parseNumber(char* first, char* last, float& value) {
     }
     if (result.ptr != last) return false;
     if (result.ec == std::errc{}) {
-        if (!std::isfinite(parsed)) return false; // "inf", "nan" and their spellings
+        // "inf", "nan" and their spellings, and values beyond the workbench's range
+        if (!(std::fabs(parsed) <= kMaxMagnitude)) return false;
         value = parsed;
         return true;
     }
@@ -115,16 +165,17 @@ bool parseNumber(char* first, char* last, float& value) {
     return false;
 }
 
-TableReader::TableReader(const std::filesystem::path& file, std::size_t blockSize)
-    : blockSize_(std::max<std::size_t>(blockSize, 1)) {
-    file_ = openFile(file, "rb");
-    if (!file_) {
+TableReader::TableReader(const std::filesystem::path& file, std::size_t blockSize, CommaRole commas)
+    : blockSize_(std::max<std::size_t>(blockSize, 1)), decimalComma_(commas == CommaRole::decimal) {
+    TableFile table = openTable(file);
+    if (!table.file) {
         failed_ = true;
         exhausted_ = true;
         return;
     }
-    // Reads are whole blocks into our own buffer; a second stdio buffer only copies.
-    std::setvbuf(file_.get(), nullptr, _IONBF, 0);
+    file_ = std::move(table.file);
+    fileSize_ = table.size;
+    bytesLeft_ = table.tableBytes;
     // A kept partial field (at most kMaxFieldLength bytes) plus one fresh block.
     buffer_.resize(blockSize_ + kMaxFieldLength + 1);
 }
@@ -135,14 +186,16 @@ bool TableReader::fill(std::size_t keepFrom) {
     pos_ -= keepFrom;
     end_ = kept;
     if (exhausted_) return false;
-    const std::size_t got = std::fread(buffer_.data() + end_, 1, blockSize_, file_.get());
+    const std::size_t want =
+        static_cast<std::size_t>(std::min<std::uint64_t>(blockSize_, bytesLeft_));
+    const std::size_t got = want == 0 ? 0 : std::fread(buffer_.data() + end_, 1, want, file_.get());
     if (got == 0) {
         exhausted_ = true;
         if (std::ferror(file_.get())) failed_ = true;
         return false;
     }
     end_ += got;
-    bytesRead_ += got;
+    bytesLeft_ -= got;
     return true;
 }
 
@@ -206,15 +259,19 @@ FieldKind TableReader::nextField(float& value) {
         atLineStart_ = true;
         return FieldKind::end;
     }
+    const auto& classes = decimalComma_ ? kDecimalCommaClasses : kByteClasses;
+    const auto ordinary = [&classes](char b) {
+        return classes[static_cast<unsigned char>(b)] == kOrdinary;
+    };
     std::size_t start = pos_;
     for (;;) {
-        while (pos_ < end_ && byteClass(buffer_[pos_]) == kOrdinary)
+        while (pos_ < end_ && ordinary(buffer_[pos_]))
             ++pos_;
         if (pos_ < end_) break; // stopped at a separator or line end
         if (pos_ - start > kMaxFieldLength) {
             // Far too long for a number: step over the rest without keeping it.
             while (fill(pos_)) {
-                while (pos_ < end_ && byteClass(buffer_[pos_]) == kOrdinary)
+                while (pos_ < end_ && ordinary(buffer_[pos_]))
                     ++pos_;
                 if (pos_ < end_) break;
             }
@@ -225,8 +282,193 @@ FieldKind TableReader::nextField(float& value) {
         if (!more) break; // the field ends with the file
     }
     if (pos_ - start > kMaxFieldLength) return FieldKind::bad;
-    return parseNumber(buffer_.data() + start, buffer_.data() + pos_, value) ? FieldKind::number
-                                                                             : FieldKind::bad;
+    return parseNumber(buffer_.data() + start, buffer_.data() + pos_, value,
+                       decimalComma_ ? ',' : '.')
+               ? FieldKind::number
+               : FieldKind::bad;
+}
+
+namespace {
+
+// Shape of a word read byte by byte: [+|-]digits,digits[(e|E|d|D)[+|-]digits].
+enum class WordShape {
+    start,
+    sign,
+    integer,
+    comma,
+    fraction,
+    exponentLetter,
+    exponentSign,
+    exponent,
+    other
+};
+
+WordShape nextShape(WordShape s, char c) {
+    const bool digit = c >= '0' && c <= '9';
+    switch (s) {
+    case WordShape::start:
+        return digit                    ? WordShape::integer
+               : (c == '+' || c == '-') ? WordShape::sign
+                                        : WordShape::other;
+    case WordShape::sign:
+        return digit ? WordShape::integer : WordShape::other;
+    case WordShape::integer:
+        return digit ? WordShape::integer : c == ',' ? WordShape::comma : WordShape::other;
+    case WordShape::comma:
+    case WordShape::fraction:
+        if (digit) return WordShape::fraction;
+        return s == WordShape::fraction && (c == 'e' || c == 'E' || c == 'd' || c == 'D')
+                   ? WordShape::exponentLetter
+                   : WordShape::other;
+    case WordShape::exponentLetter:
+        if (c == '+' || c == '-') return WordShape::exponentSign;
+        [[fallthrough]];
+    case WordShape::exponentSign:
+    case WordShape::exponent:
+        return digit ? WordShape::exponent : WordShape::other;
+    case WordShape::other:
+        break;
+    }
+    return WordShape::other;
+}
+
+// First line (and its data record) on which a kind of evidence appeared; line 0
+// when it never did.
+struct Evidence {
+    std::int64_t line = 0;
+    std::int64_t record = 0;
+    void note(std::int64_t l, std::int64_t r) {
+        if (line == 0) {
+            line = l;
+            record = r;
+        }
+    }
+};
+
+const Evidence& latest(std::initializer_list<const Evidence*> list) {
+    const Evidence* last = *list.begin();
+    for (const Evidence* e : list)
+        if (e->line > last->line) last = e;
+    return *last;
+}
+
+} // namespace
+
+CommaVerdict judgeCommas(const std::filesystem::path& file) {
+    CommaVerdict verdict;
+    TableFile table = openTable(file);
+    if (!table.file) return verdict;
+    Evidence digitComma, listComma, semicolonRun, blankRun;
+
+    enum class Line { leading, data, skipped };
+    Line line = Line::leading;
+    std::int64_t lineNumber = 1;
+    std::int64_t record = 0;
+    bool leadingComma = false;
+    bool inWord = false;
+    bool wordHasComma = false;
+    WordShape shape = WordShape::start;
+    bool afterWord = false;    // a word of this record has ended
+    bool runSemicolon = false; // the separator run since then holds ';' or a tab
+    char previous = 0;
+    bool commaAfterDigit = false;
+    const auto endWord = [&] {
+        if (wordHasComma && shape != WordShape::fraction && shape != WordShape::exponent)
+            listComma.note(lineNumber, record);
+        inWord = false;
+        afterWord = true;
+        runSemicolon = false;
+    };
+
+    std::vector<char> buffer(kDefaultBlockSize);
+    std::uint64_t left = table.tableBytes;
+    bool first = true;
+    while (left > 0) {
+        const std::size_t want =
+            static_cast<std::size_t>(std::min<std::uint64_t>(buffer.size(), left));
+        const std::size_t got = std::fread(buffer.data(), 1, want, table.file.get());
+        if (got == 0) break;
+        left -= got;
+        std::size_t i = 0;
+        if (first) {
+            first = false;
+            if (got >= 3 && std::memcmp(buffer.data(), "\xEF\xBB\xBF", 3) == 0) i = 3;
+        }
+        for (; i < got; ++i) {
+            const char c = buffer[i];
+            const char before = previous;
+            if (c == '\n' || c == '\r') {
+                if (line == Line::data) {
+                    if (inWord)
+                        endWord();
+                    else if (afterWord && runSemicolon)
+                        semicolonRun.note(lineNumber, record);
+                }
+                if (!(c == '\n' && previous == '\r')) ++lineNumber;
+                line = Line::leading;
+                leadingComma = inWord = afterWord = runSemicolon = false;
+                previous = c;
+                continue;
+            }
+            previous = c;
+            const bool separator = c == ' ' || c == '\t' || c == ';' || c == '\v' || c == '\f';
+            if (line == Line::skipped) continue;
+            if (line == Line::leading) {
+                if (separator) continue;
+                if (c == ',') {
+                    leadingComma = true;
+                    continue;
+                }
+                if (c == '#' || c == '%' || c == '\'') {
+                    line = Line::skipped;
+                    continue;
+                }
+                line = Line::data;
+                ++record;
+                if (leadingComma) listComma.note(lineNumber, record);
+            }
+            if (separator) {
+                if (inWord) endWord();
+                if (c == ';' || c == '\t') runSemicolon = true;
+                continue;
+            }
+            const bool digit = c >= '0' && c <= '9';
+            if (!inWord) {
+                if (afterWord) (runSemicolon ? semicolonRun : blankRun).note(lineNumber, record);
+                inWord = true;
+                wordHasComma = false;
+                shape = WordShape::start;
+                commaAfterDigit = false;
+            } else if (commaAfterDigit && digit) {
+                digitComma.note(lineNumber, record);
+            }
+            commaAfterDigit = c == ',' && before >= '0' && before <= '9';
+            if (c == ',') wordHasComma = true;
+            shape = nextShape(shape, c);
+        }
+    }
+    if (line == Line::data && inWord)
+        endWord();
+    else if (line == Line::data && afterWord && runSemicolon)
+        semicolonRun.note(lineNumber, record);
+
+    const bool digitCommas = digitComma.line != 0;
+    const bool lists = listComma.line != 0;
+    const bool semicolons = semicolonRun.line != 0;
+    const bool blanks = blankRun.line != 0;
+    if (!digitCommas) return verdict;
+    if (!lists && semicolons && !blanks) {
+        verdict.role = CommaRole::decimal;
+        return verdict;
+    }
+    if (lists && !semicolons) return verdict;
+    const Evidence& at = !semicolons ? digitComma
+                         : !lists    ? latest({&digitComma, &semicolonRun, &blankRun})
+                                     : latest({&digitComma, &listComma, &semicolonRun});
+    verdict.role = CommaRole::ambiguous;
+    verdict.line = at.line;
+    verdict.record = at.record;
+    return verdict;
 }
 
 } // namespace tarnic::detail
