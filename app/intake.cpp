@@ -105,6 +105,17 @@ void Form1::File1_DblClick() {
             commonRejection();
             return;
         }
+        if (countStatus <= -2) {
+            // The library could not tell decimal commas from column commas;
+            // it names the line (counted from 1, comments and blanks included).
+            showMessage("The input file " + InFileName +
+                        " has commas that can be read both as decimal commas and as column "
+                        "separators within line # " + qs(NumText(-1 - countStatus)) +
+                        ". Separate the columns by semicolons or tabs, or write the numbers "
+                        "with a decimal point.");
+            commonRejection();
+            return;
+        }
         SignalPlot& plot = wb.signalPlot();
         plot.SignalLength = Nrec;
         Signal.resize(Nrec);

@@ -153,6 +153,7 @@ TEST_F(MainWindow, EveryRejectionIsARedMessageAndLeavesTheBrowserOpen) {
     write("short.dat", series(31, [](int i) { return i * i; }));
     write("old.BAK", "1\n2\n");
     write("tool.exe", "1\n2\n");
+    write("ambiguous.dat", "# a single column\r\n5,123\r\n7,5\r\n");
     const QString flat = QString::fromStdString((dir / "flat.dat").string());
     struct Case {
         const char* file;
@@ -171,6 +172,10 @@ TEST_F(MainWindow, EveryRejectionIsARedMessageAndLeavesTheBrowserOpen) {
                                  " presents a constant and could not be analyzed but if input "
                                  "file has more than 1 column it is demultiplexed."},
              Case{"short.dat", "The input file short.dat has too few (less than 32) samples:  31"},
+             Case{"ambiguous.dat",
+                  "The input file ambiguous.dat has commas that can be read both as decimal "
+                  "commas and as column separators within line #  2. Separate the columns by "
+                  "semicolons or tabs, or write the numbers with a decimal point."},
              Case{"old.BAK", "EXE, DLL, COM or BAK-files are not processed"},
              Case{"tool.exe", "EXE, DLL, COM or BAK-files are not processed"},
              Case{"Tarnic.dll", "EXE, DLL, COM or BAK-files are not processed"}}) {
