@@ -1,14 +1,14 @@
 #include "maps/svanarlogic.h"
 
-#include "numeric/workers.h"
-
 #include "core/numtext.h"
+#include "numeric/workers.h"
 
 #include <algorithm>
 #include <atomic>
 #include <cctype>
 #include <cmath>
 #include <future>
+#include <limits>
 #include <thread>
 #include <vector>
 
@@ -166,6 +166,17 @@ void ComputeSpectraEvolution(std::span<const float> input, const SvanLayout& l, 
         jobs.push_back(startWorker(worker));
     for (auto& job : jobs)
         job.get();
+    // A window without variance (a gap filled with a constant, a clipped
+    // stretch) has a spectrum of 0 or the smallest float: held at the map's
+    // largest value times 1e-12, it draws in the lowest colour and leaves the
+    // colour scale to the rest of the map.
+    float largest = -std::numeric_limits<float>::infinity();
+    for (float v : map.first(static_cast<std::size_t>(l.count) * half))
+        if (std::isfinite(v)) largest = std::max(largest, v);
+    if (!std::isfinite(largest)) return;
+    const float floor = largest - static_cast<float>(std::log(1e12));
+    for (float& v : map.first(static_cast<std::size_t>(l.count) * half))
+        if (!(v >= floor)) v = floor;
 }
 
 } // namespace tarnic

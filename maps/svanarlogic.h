@@ -93,7 +93,9 @@ using WindowSpectrum = std::function<void(float& samples, std::int32_t& count, s
 
 // Fills `map` (count * half values, window by window: point k of window w at
 // (w - 1) * half + k - 1) with ln(dT * spectrum), computed in double precision
-// and stored in single precision, and `lastSpectrum` (half values) with the
+// and stored in single precision, each at least the map's largest value less
+// ln(1e12) (a flat window's spectrum of 0 would otherwise stretch the colour
+// scale over dozens of decades), and `lastSpectrum` (half values) with the
 // spectrum of the last window as the routine delivered it.
 // Window 1 is computed first on the calling thread (so a library routine is
 // loaded and resolved before any worker runs), the others on all cores; every

@@ -366,3 +366,17 @@ TEST_F(SvanAr, WithoutWorkerThreadsTheMapAndTheSpectraAreTheSame) {
     EXPECT_GT(runs[0].size(), 1000u);
     EXPECT_EQ(runs[0], runs[1]);
 }
+
+// A window without variance (here a gap filled with a constant) draws in the
+// lowest colour without stretching the colour scale over the whole map.
+TEST_F(SvanAr, AFlatWindowKeepsTheColourRangeOfTheRest) {
+    openWith(4000, [](int i) { return i > 1000 && i <= 1800 ? 2.0 : mixture(i); });
+    launch("256", "64", "16");
+    ASSERT_GT(svan().SvanCount, 20);
+    EXPECT_GE(svan().SvanZmin, svan().SvanZmax - std::log(1e12) - 1e-3)
+        << "the flat windows sit at the floor, not at the smallest float";
+    int atFloor = 0;
+    for (int w = 1; w <= svan().SvanCount; ++w)
+        atFloor += svan().SvanMapAt(svan().SvanHalf / 2, w) <= svan().SvanZmin + 1e-3f;
+    EXPECT_GE(atFloor, 5) << "the windows inside the gap";
+}
