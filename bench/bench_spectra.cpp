@@ -15,6 +15,7 @@
 
 #include <algorithm>
 #include <random>
+#include <span>
 #include <vector>
 
 namespace {
@@ -44,6 +45,42 @@ void BurgH(benchmark::State& state) {
 }
 BENCHMARK(BurgH)->Arg(204)->Arg(683)->Arg(20)->Unit(benchmark::kMicrosecond);
 
+// The Burg work of an AR spectra evolution map on one core: windows of
+// range(0) samples shifted by range(1) over 100,000 samples, order 204,
+// range(0) / 2 points per window. (2048, 75): the default map, 1307 windows;
+// (1024, 7): the largest map the cell limit lets through, 14,140 windows.
+void BurgMapWindows(benchmark::State& state) {
+    const std::vector<float> x = arNoise(100'000);
+    const auto length = static_cast<std::size_t>(state.range(0));
+    const auto shift = static_cast<std::size_t>(state.range(1));
+    std::vector<float> out(length / 2);
+    std::size_t windows = 0;
+    for (auto _ : state) {
+        windows = 0;
+        for (std::size_t start = 0; start + length <= x.size(); start += shift, ++windows) {
+            tarnic::burgSpectrum(std::span(x).subspan(start, length), 204, out);
+            benchmark::DoNotOptimize(out.data());
+        }
+    }
+    state.counters["windows"] = static_cast<double>(windows);
+}
+BENCHMARK(BurgMapWindows)->Args({2048, 75})->Args({1024, 7})->Unit(benchmark::kMillisecond);
+
+// The extreme the clamps allow: one window of range(0) samples, the order at
+// its clamp of a third of the window, 1024 points. 1,000,000 is the case of a
+// whole signal of a million samples; run it alone with
+// --benchmark_filter=BurgWholeSignal/1000000.
+void BurgWholeSignal(benchmark::State& state) {
+    const std::vector<float> x = arNoise(static_cast<std::size_t>(state.range(0)));
+    std::vector<float> out(1024);
+    for (auto _ : state) {
+        tarnic::burgSpectrum(x, x.size() / 3, out);
+        benchmark::DoNotOptimize(out.data());
+    }
+}
+BENCHMARK(BurgWholeSignal)->Arg(100'000)->Unit(benchmark::kMillisecond)->Iterations(1);
+BENCHMARK(BurgWholeSignal)->Arg(1'000'000)->Unit(benchmark::kMillisecond)->Iterations(1);
+
 void SpectAn(benchmark::State& state) {
     const std::vector<float> x = arNoise(1'000'000);
     std::vector<float> out(1024);
@@ -54,8 +91,9 @@ void SpectAn(benchmark::State& state) {
 }
 BENCHMARK(SpectAn)->Arg(1)->Arg(256)->Unit(benchmark::kMillisecond);
 
-// One call as the program makes it, FFTW's set-up for the length included. The
-// second length is prime, FFTW's slowest kind.
+// One call as the program makes it, repeated on one signal: FFTW's plans for the
+// length are kept from the first call (which pays about 50 ms more for them).
+// The second length is prime, FFTW's slowest kind.
 void DownSample(benchmark::State& state) {
     const std::vector<float> x = arNoise(static_cast<std::size_t>(state.range(0)));
     std::vector<float> out(x.size() / 2);

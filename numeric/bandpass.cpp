@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 #include <utility>
 
 namespace tarnic {
@@ -12,6 +13,80 @@ namespace {
 // Relative allowance at the band's edges, so that a bin exactly on an edge (a
 // period of 20 samples and 2n a multiple of 20) is kept despite rounding.
 constexpr double kEdgeAllowance = 1e-9;
+
+// Steps 2 and 3 literally: the mirrored record of length 2n, its transform, the
+// gains, the inverse transform, the first half.
+template <class Rest, class Gain>
+void filterMirrored(std::span<double> x, const Rest& rest, const Gain& gain) {
+    const std::size_t n = x.size();
+    const std::size_t length = 2 * n;
+    double* extended = threadScratch<double>(0, length);
+    for (std::size_t t = 0; t < n; ++t) {
+        const double value = rest(t);
+        extended[t] = value;
+        extended[length - 1 - t] = value;
+    }
+    const std::size_t bins = length / 2 + 1;
+    fftw_complex* spectrum = threadScratch<fftw_complex>(0, bins);
+    recentRealFftPlan(length, FftDirection::ForwardOverwrite)->forward(extended, spectrum);
+    for (std::size_t k = 0; k < bins; ++k) {
+        const double g = gain(k);
+        spectrum[k][0] *= g;
+        spectrum[k][1] *= g;
+    }
+    recentRealFftPlan(length, FftDirection::Backward)->backward(spectrum, extended);
+    std::copy_n(extended, n, x.begin());
+}
+
+// The same filter for even n with transforms of length n instead of 2n. The
+// transform of the mirrored record is E_k = exp(i pi k / 2n) Y_k with Y the
+// DCT-II of the n samples (and E_n = 0), and the inverse of the masked E, cut to
+// n samples, is the DCT-III of the masked Y. Both come from one real transform of
+// length n of the samples reordered as
+//     v = x0 x2 x4 ... x(n-2) | x(n-1) ... x5 x3 x1
+// (Makhoul 1980): with u_k = exp(-i pi k / 2n) V_k, Y_k = 2 Re u_k and
+// Y_(n-k) = -2 Im u_k for k = 0 .. n/2; and backwards, the transform of the
+// reordered output is exp(i pi k / 2n) (Z_k - i Z_(n-k)) for the masked Z.
+// The factors exp(i pi k / 2n) are taken exactly at every 64th bin and carried
+// in between by the factor of one bin (rounding over at most 63 products).
+template <class Rest, class Gain>
+void filterEvenLength(std::span<double> x, const Rest& rest, const Gain& gain) {
+    const std::size_t n = x.size();
+    const std::size_t half = n / 2;
+    double* v = threadScratch<double>(0, n);
+    for (std::size_t j = 0; j < half; ++j) {
+        v[j] = rest(2 * j);
+        v[n - 1 - j] = rest(2 * j + 1);
+    }
+    fftw_complex* bins = threadScratch<fftw_complex>(0, half + 1);
+    recentRealFftPlan(n, FftDirection::ForwardOverwrite)->forward(v, bins);
+
+    const double step = std::numbers::pi / static_cast<double>(2 * n);
+    const double stepC = std::cos(step), stepS = std::sin(step);
+    double c = 1.0, s = 0.0; // exp(i pi k / 2n)
+    for (std::size_t k = 0; k <= half; ++k) {
+        if (k % 64 == 0) {
+            c = std::cos(step * static_cast<double>(k));
+            s = std::sin(step * static_cast<double>(k));
+        } else {
+            const double next = c * stepC - s * stepS;
+            s = s * stepC + c * stepS;
+            c = next;
+        }
+        const double re = bins[k][0], im = bins[k][1];
+        // u = conj(t) V; Z_k = g_k 2 Re u, Z_(n-k) = -g_(n-k) 2 Im u (Z_n = 0).
+        const double low = gain(k) * 2.0 * (c * re + s * im);
+        const double high = k == 0 ? 0.0 : -gain(n - k) * 2.0 * (c * im - s * re);
+        // W = t (Z_k - i Z_(n-k)).
+        bins[k][0] = c * low + s * high;
+        bins[k][1] = s * low - c * high;
+    }
+    recentRealFftPlan(n, FftDirection::Backward)->backward(bins, v);
+    for (std::size_t j = 0; j < half; ++j) {
+        x[2 * j] = v[j];
+        x[2 * j + 1] = v[n - 1 - j];
+    }
+}
 
 } // namespace
 
@@ -45,30 +120,39 @@ BandPeriods fourierBandPass(std::span<double> x, double tmin, double tmax) {
     }
     const double slope = spread > 0.0 ? moment / spread : 0.0;
 
-    // Step 2: the mirrored record of length 2n.
-    const std::size_t length = 2 * n;
-    FftBuffer<double> extended(length);
-    for (std::size_t t = 0; t < n; ++t) {
-        const double rest = x[t] - mean - slope * (static_cast<double>(t) - middle);
-        extended[t] = rest;
-        extended[length - 1 - t] = rest;
-    }
-
-    // Step 3: keep the band's bins.
-    const std::size_t bins = length / 2 + 1;
-    FftBuffer<fftw_complex> spectrum(bins);
-    realFftPlan(length, FftDirection::Forward).forward(extended.data(), spectrum.data());
-    const double scale = 1.0 / static_cast<double>(length);
-    for (std::size_t k = 0; k < bins; ++k) {
-        const double frequency = static_cast<double>(k) / static_cast<double>(length);
-        const bool inside = k > 0 && frequency * band.longest >= 1.0 - kEdgeAllowance &&
-                            frequency * band.shortest <= 1.0 + kEdgeAllowance;
-        const double gain = inside ? scale : 0.0;
-        spectrum[k][0] *= gain;
-        spectrum[k][1] *= gain;
-    }
-    realFftPlan(length, FftDirection::Backward).backward(spectrum.data(), extended.data());
-    std::copy_n(extended.data(), n, x.begin());
+    auto rest = [&](std::size_t t) {
+        return x[t] - mean - slope * (static_cast<double>(t) - middle);
+    };
+    // Bin k of the mirrored record (frequency k / 2n) is kept with this gain,
+    // which includes the 1 / 2n of the inverse transform.
+    // Both conditions are monotone in k, so the kept bins are one run
+    // [first, last], found once (an estimate, then the test itself).
+    const double scale = 1.0 / static_cast<double>(2 * n);
+    auto frequency = [&](std::size_t k) {
+        return static_cast<double>(k) / static_cast<double>(2 * n);
+    };
+    auto aboveLow = [&](std::size_t k) {
+        return k > 0 && frequency(k) * band.longest >= 1.0 - kEdgeAllowance;
+    };
+    auto belowHigh = [&](std::size_t k) {
+        return frequency(k) * band.shortest <= 1.0 + kEdgeAllowance;
+    };
+    const double twoN = static_cast<double>(2 * n);
+    auto first = static_cast<std::size_t>(std::max(0.0, std::floor(twoN / band.longest) - 1.0));
+    while (first > 0 && aboveLow(first - 1))
+        --first;
+    while (first <= n && !aboveLow(first))
+        ++first;
+    auto last = static_cast<std::size_t>(std::min(twoN, std::ceil(twoN / band.shortest) + 1.0));
+    while (last > 0 && !belowHigh(last))
+        --last;
+    while (last < n && belowHigh(last + 1))
+        ++last;
+    auto gain = [&](std::size_t k) { return k >= first && k <= last ? scale : 0.0; };
+    if (n % 2 == 0)
+        filterEvenLength(x, rest, gain);
+    else
+        filterMirrored(x, rest, gain);
     return band;
 }
 

@@ -36,7 +36,9 @@ BandPeriods bandPeriodsFor(std::size_t n, double tmin, double tmax);
 // 3. One transform of length 2n; the bins with 1 / longest <= k / 2n <= 1 / shortest
 //    are kept (edges inclusive, to rounding), all others, the mean among them,
 //    are set to zero; the inverse transform, scaled by 1 / 2n, is cut back to the
-//    first n samples.
+//    first n samples. For even n the same numbers (to rounding) come from real
+//    transforms of length n of the samples in a shuffled order, the transform
+//    of the mirrored record being a DCT-II of the n samples: half the work.
 //
 // The mask is real and even, so nothing is delayed; the extension and the filter
 // commute with the mirror, so the output is again mirror-symmetric and filtering

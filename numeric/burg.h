@@ -8,6 +8,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -28,10 +29,25 @@ struct ArFit {
 // removeMean subtracts the mean of x first. The order is cut to x.size() - 1 (an
 // empty or one-sample x gives order 0). At each order the reflection coefficient
 //     k_p = 2 sum f_t b_{t-1} / sum (f_t^2 + b_{t-1}^2),   t = p .. N-1,
-// is computed from sums taken afresh over the current forward and backward errors
-// (no recursive update of the denominator, which drifts at high orders). When
-// the errors vanish (a noiseless line or a constant) the sums are 0 and k_p = 0.
+// is the one of the classic recursion (burgFitClassic), but the two sums come
+// from the data's autocorrelation (one FFT) and the samples at the two ends
+// instead of from the error series: O(N log N + order^2) work instead of
+// O(N * order). That form subtracts large numbers when the error energy becomes
+// tiny; once it falls below 1e-5 of the data's energy (a nearly noiseless line,
+// a constant), or a sum comes out impossible, the fit is redone by
+// burgFitClassic(). Either way the coefficients agree with the classic recursion
+// to about 1e-9 relative.
 ArFit burgFit(std::span<const double> x, std::size_t order, bool removeMean);
+
+// The fast recursion alone: the fit burgFit() returns when the guard above lets
+// it, std::nullopt when it refuses (and burgFit() falls back).
+std::optional<ArFit> burgFitFast(std::span<const double> x, std::size_t order, bool removeMean);
+
+// Burg's classic recursion over the forward and backward error series, the
+// reference for burgFit(): the two sums are taken afresh at every order (no
+// recursive update of the denominator, which drifts at high orders). When the
+// errors vanish (a noiseless line or a constant) the sums are 0 and k_p = 0.
+ArFit burgFitClassic(std::span<const double> x, std::size_t order, bool removeMean);
 
 // The model's ONE-SIDED density in cycles per sample on the grid
 //     nu_i = i / (2 * out.size()),   i = 0 .. out.size() - 1,

@@ -1,5 +1,6 @@
 #include "numeric/fft_plans.h"
 
+#include <deque>
 #include <limits>
 #include <map>
 #include <mutex>
@@ -25,9 +26,18 @@ RealFftPlan::RealFftPlan(std::size_t n, FftDirection direction) : n_(n), directi
     FftBuffer<fftw_complex> bins(n / 2 + 1);
     const int size = static_cast<int>(n);
     std::lock_guard lock(plannerMutex);
-    plan_ = direction == FftDirection::Forward
-                ? fftw_plan_dft_r2c_1d(size, real.data(), bins.data(), FFTW_ESTIMATE)
-                : fftw_plan_dft_c2r_1d(size, bins.data(), real.data(), FFTW_ESTIMATE);
+    switch (direction) {
+    case FftDirection::Forward:
+        plan_ = fftw_plan_dft_r2c_1d(size, real.data(), bins.data(), FFTW_ESTIMATE);
+        break;
+    case FftDirection::ForwardOverwrite:
+        plan_ = fftw_plan_dft_r2c_1d(size, real.data(), bins.data(),
+                                     FFTW_ESTIMATE | FFTW_DESTROY_INPUT);
+        break;
+    case FftDirection::Backward:
+        plan_ = fftw_plan_dft_c2r_1d(size, bins.data(), real.data(), FFTW_ESTIMATE);
+        break;
+    }
     if (!plan_) throw std::bad_alloc();
 }
 
@@ -37,7 +47,7 @@ RealFftPlan::~RealFftPlan() {
 }
 
 void RealFftPlan::forward(double* in, fftw_complex* out) const {
-    if (direction_ != FftDirection::Forward) throw std::logic_error("backward plan run forward");
+    if (direction_ == FftDirection::Backward) throw std::logic_error("backward plan run forward");
     fftw_execute_dft_r2c(plan_, in, out);
 }
 
@@ -55,6 +65,37 @@ const RealFftPlan& realFftPlan(std::size_t n, FftDirection direction) {
     std::unique_ptr<RealFftPlan>& slot = cache[{n, direction}];
     if (!slot) slot = std::make_unique<RealFftPlan>(n, direction);
     return *slot;
+}
+
+std::shared_ptr<const RealFftPlan> recentRealFftPlan(std::size_t n, FftDirection direction) {
+    constexpr std::size_t kept = 8;
+    struct Entry {
+        std::size_t n;
+        FftDirection direction;
+        std::shared_ptr<const RealFftPlan> plan;
+    };
+    static std::mutex recentMutex;
+    static std::deque<Entry> recent; // most recently used first
+    {
+        std::lock_guard lock(recentMutex);
+        for (auto it = recent.begin(); it != recent.end(); ++it)
+            if (it->n == n && it->direction == direction) {
+                Entry entry = *it;
+                recent.erase(it);
+                recent.push_front(entry);
+                return entry.plan;
+            }
+    }
+    // Planned outside this lock: another length need not wait for it.
+    auto plan = std::make_shared<const RealFftPlan>(n, direction);
+    std::shared_ptr<const RealFftPlan> dropped;
+    std::lock_guard lock(recentMutex);
+    recent.push_front({n, direction, plan});
+    if (recent.size() > kept) {
+        dropped = std::move(recent.back().plan); // destroyed after the lock is released
+        recent.pop_back();
+    }
+    return plan;
 }
 
 } // namespace tarnic

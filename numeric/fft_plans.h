@@ -53,9 +53,29 @@ template <class T> class FftBuffer {
     std::unique_ptr<T[], Free> data_;
 };
 
+// Work arrays of the calling thread that outlive the call: slot 0 .. 3 of each
+// element type, at least n elements, aligned as FftBuffer's, contents left from
+// the last use. For the transforms of a whole signal: a fresh array of several
+// megabytes costs more in page faults and zeroing than the FFT itself. A slot
+// grows to the largest size asked for and is kept until the thread ends.
+// A routine owns its slots for the length of one call and calls no other
+// routine that uses the same element type's slots.
+template <class T> T* threadScratch(std::size_t slot, std::size_t n) {
+    thread_local std::unique_ptr<FftBuffer<T>> slots[4];
+    std::unique_ptr<FftBuffer<T>>& buffer = slots[slot];
+    if (!buffer || buffer->size() < n) {
+        buffer.reset();
+        buffer = std::make_unique<FftBuffer<T>>(n);
+    }
+    return buffer->data();
+}
+
 enum class FftDirection {
-    Forward,  // n reals to n/2 + 1 bins
-    Backward, // n/2 + 1 bins to n reals (overwrites its input)
+    Forward,          // n reals to n/2 + 1 bins
+    Backward,         // n/2 + 1 bins to n reals (overwrites its input)
+    ForwardOverwrite, // as Forward, but the n reals are overwritten: FFTW may then
+                      // take algorithms that work in the input (for n = 10^6 about
+                      // 1.6 times faster)
 };
 
 // A plan for real data of length n in one direction. Making one is the costly
@@ -69,7 +89,8 @@ class RealFftPlan {
     RealFftPlan& operator=(const RealFftPlan&) = delete;
 
     std::size_t size() const { return n_; }
-    // Forward plans only. in: n reals, out: n/2 + 1 bins; both from FftBuffer.
+    // Forward and ForwardOverwrite plans. in: n reals (garbage afterwards for
+    // ForwardOverwrite), out: n/2 + 1 bins; both from FftBuffer.
     void forward(double* in, fftw_complex* out) const;
     // Backward plans only. in: n/2 + 1 bins (destroyed), out: n reals; both from
     // FftBuffer.
@@ -85,5 +106,11 @@ class RealFftPlan {
 // process. Meant for the few sizes that recur (transform sizes of spectra); a
 // routine that meets an arbitrary length once should own a RealFftPlan instead.
 const RealFftPlan& realFftPlan(std::size_t n, FftDirection direction);
+
+// The plan for length n for a routine that meets arbitrary lengths (that of a
+// loaded signal): the last few (length, direction) pairs asked for are kept, so
+// repeated calls on one signal plan once, and older plans are freed once no
+// caller holds them any more.
+std::shared_ptr<const RealFftPlan> recentRealFftPlan(std::size_t n, FftDirection direction);
 
 } // namespace tarnic

@@ -1,5 +1,7 @@
 #include "numeric/mfdfa.h"
 
+#include <Eigen/Core>
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -40,6 +42,61 @@ double logPowerMean(std::span<const double> logMeasures, double q) {
     for (double l : logMeasures)
         sum += std::exp(q * (l - pivot));
     return pivot + (std::log(sum) - std::log(count)) / q;
+}
+
+// logPowerMean() for every q of `q` at once, into out. For q evenly spaced (as
+// the analysis makes them) the powers of a measure over consecutive q form a
+// geometric sequence, r^(q + dq) = r^q r^dq: each power is the previous one
+// times a ratio formed once per measure, and taken afresh by exp() at every
+// 16th q, so rounding grows over at most 15 products (a few 1e-15) while 15
+// of every 16 exponentials are saved. Other q are done one by one.
+void logPowerMeans(std::span<const double> logMeasures, std::span<const double> q,
+                   std::span<double> out) {
+    const std::size_t qn = q.size();
+    const std::size_t count = logMeasures.size();
+    const double dq = qn >= 2 ? (q[qn - 1] - q[0]) / static_cast<double>(qn - 1) : 0.0;
+    bool even = qn >= 2;
+    for (std::size_t j = 0; j < qn && even; ++j)
+        even = std::abs(q[j] - (q[0] + dq * static_cast<double>(j))) <= 1e-12 * (1.0 + std::abs(q[j]));
+    if (!even) {
+        for (std::size_t j = 0; j < qn; ++j)
+            out[j] = logPowerMean(logMeasures, q[j]);
+        return;
+    }
+    const auto [lo, hi] = std::minmax_element(logMeasures.begin(), logMeasures.end());
+    const double logCount = std::log(static_cast<double>(count));
+    std::vector<double> distance(count), ratio(count), power(count);
+    for (const bool positive : {true, false}) {
+        // As in logPowerMean(): every q (L - pivot) <= 0, so nothing overflows.
+        const double pivot = positive ? *hi : *lo;
+        for (std::size_t k = 0; k < count; ++k) {
+            distance[k] = logMeasures[k] - pivot;
+            ratio[k] = std::exp(dq * distance[k]);
+        }
+        std::size_t run = 0; // q of this sign since the last exact powers
+        for (std::size_t j = 0; j < qn; ++j) {
+            if (std::abs(q[j]) < zeroQ || (q[j] > 0) != positive) {
+                run = 0;
+                continue;
+            }
+            double sum = 0.0;
+            if (run % 16 == 0) {
+                for (std::size_t k = 0; k < count; ++k) {
+                    power[k] = std::exp(q[j] * distance[k]);
+                    sum += power[k];
+                }
+            } else {
+                for (std::size_t k = 0; k < count; ++k) {
+                    power[k] *= ratio[k];
+                    sum += power[k];
+                }
+            }
+            ++run;
+            out[j] = pivot + (std::log(sum) - logCount) / q[j];
+        }
+    }
+    for (std::size_t j = 0; j < qn; ++j)
+        if (std::abs(q[j]) < zeroQ) out[j] = logPowerMean(logMeasures, q[j]);
 }
 
 // Least-squares slope of y on x.
@@ -86,13 +143,17 @@ PolynomialDetrender::PolynomialDetrender(std::size_t length, int order) : length
                 v[t] = u[t] * previous[t];
         }
         const double before = std::sqrt(dot(v.data(), v.data(), length));
-        for (int pass = 0; pass < 2; ++pass)
-            for (std::size_t j = 0; j < k; ++j) {
-                const double* column = basis_.data() + j * length;
-                const double c = dot(column, v.data(), length);
-                for (std::size_t t = 0; t < length; ++t)
-                    v[t] -= c * column[t];
+        // Classical Gram-Schmidt twice, as matrix-vector products over the
+        // columns so far (basis_ has its full capacity, so they stay in place).
+        if (k > 0) {
+            const Eigen::Map<const Eigen::MatrixXd> q(basis_.data(), static_cast<Eigen::Index>(length),
+                                                      static_cast<Eigen::Index>(k));
+            Eigen::Map<Eigen::VectorXd> w(v.data(), static_cast<Eigen::Index>(length));
+            for (int pass = 0; pass < 2; ++pass) {
+                const Eigen::VectorXd c = q.transpose() * w;
+                w.noalias() -= q * c;
             }
+        }
         const double norm = std::sqrt(dot(v.data(), v.data(), length));
         if (!(norm > 1e-10 * before)) break; // no new direction left
         for (double& value : v)
@@ -127,16 +188,25 @@ std::vector<double> segmentFluctuations(std::span<const double> x, std::size_t s
     if (s == 0 || x.size() < s) return out;
     const PolynomialDetrender detrender(s, order);
     const std::size_t segments = x.size() / s;
-    out.reserve(segments);
-    std::vector<double> dy(s);
+    // The segments side by side are the columns of an s x K matrix Y; with the
+    // orthonormal basis Q (s x rank) the residuals of all of them are
+    // Y - Q (Q^T Y): two matrix products instead of K separate fits.
+    using Matrix = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic>;
+    const auto rows = static_cast<Eigen::Index>(s);
+    const Eigen::Map<const Matrix> y(x.data(), rows, static_cast<Eigen::Index>(segments));
+    const Eigen::Map<const Matrix> q(detrender.basis().data(), rows,
+                                     static_cast<Eigen::Index>(detrender.rank()));
+    Matrix dy = y;
+    if (detrender.rank() > 0) {
+        const Matrix coefficients = q.transpose() * y;
+        dy.noalias() -= q * coefficients;
+    }
+    out.resize(segments);
     for (std::size_t k = 0; k < segments; ++k) {
-        detrender.residual(x.subspan(k * s, s), dy);
-        if (measure == FluctuationMeasure::Range) {
-            const auto [lo, hi] = std::minmax_element(dy.begin(), dy.end());
-            out.push_back(*hi - *lo);
-        } else {
-            out.push_back(std::sqrt(dot(dy.data(), dy.data(), s) / static_cast<double>(s)));
-        }
+        const auto column = dy.col(static_cast<Eigen::Index>(k));
+        out[k] = measure == FluctuationMeasure::Range
+                     ? column.maxCoeff() - column.minCoeff()
+                     : std::sqrt(column.squaredNorm() / static_cast<double>(s));
     }
     return out;
 }
@@ -181,7 +251,7 @@ MfdfaResult mfdfa(std::span<const double> x, const MfdfaSettings& settings) {
     const double zeroLevel = zeroMeasureShare * maxAbs(x);
     std::vector<double> logScale;
     std::vector<std::vector<double>> logZ(qn);
-    std::vector<double> logMeasures;
+    std::vector<double> logMeasures, lnZs(qn);
     for (std::size_t i = 0; i < r.scales.size(); ++i) {
         const std::vector<double> measures =
             segmentFluctuations(x, r.scales[i], settings.order, settings.measure);
@@ -190,8 +260,9 @@ MfdfaResult mfdfa(std::span<const double> x, const MfdfaSettings& settings) {
             if (m > zeroLevel && std::isfinite(m)) logMeasures.push_back(std::log(m));
         if (logMeasures.empty()) continue;
         logScale.push_back(std::log(static_cast<double>(r.scales[i])));
+        logPowerMeans(logMeasures, r.q, lnZs);
         for (std::size_t j = 0; j < qn; ++j) {
-            const double lnZ = logPowerMean(logMeasures, r.q[j]);
+            const double lnZ = lnZs[j];
             logZ[j].push_back(lnZ);
             r.log10Z[i * qn + j] = lnZ / std::numbers::ln10;
         }

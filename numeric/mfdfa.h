@@ -46,6 +46,10 @@ class PolynomialDetrender {
     // have length() samples and may be the same array.
     void residual(std::span<const double> y, std::span<double> residual) const;
 
+    // The orthonormal basis: rank() columns of length() samples, column after
+    // column.
+    const std::vector<double>& basis() const { return basis_; }
+
   private:
     std::size_t length_;
     std::size_t rank_ = 0;
@@ -62,7 +66,9 @@ enum class FluctuationMeasure {
 };
 
 // The measure of each of the [N/s] segments of s samples (s >= 1) after removing
-// its polynomial of order `order`, in the order of the segments.
+// its polynomial of order `order`, in the order of the segments. All segments
+// share the detrender's basis, so their fits are done together as matrix
+// products.
 std::vector<double> segmentFluctuations(std::span<const double> x, std::size_t s, int order,
                                         FluctuationMeasure measure);
 

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 #include <vector>
@@ -133,6 +134,55 @@ TEST(FourierBandPass, aStepRingsOnlyNearItselfNotAcrossTheRecord) {
     EXPECT_GT(largestDifference(y, zero, n / 2 - 20, n / 2 + 20), 0.2); // the step itself
     EXPECT_LT(largestDifference(y, zero, 0, n / 2 - 300), 0.02);
     EXPECT_LT(largestDifference(y, zero, n / 2 + 300, n), 0.02);
+}
+
+TEST(FourierBandPass, equalsTheMaskedTransformOfTheMirroredRecordSummedTermByTerm) {
+    // The definition evaluated by plain sums over the 2n bins, against the FFT
+    // paths (even n: transforms of length n; odd n: of length 2n).
+    auto direct = [](std::vector<double> x, double tmin, double tmax) {
+        const std::size_t n = x.size(), length = 2 * n;
+        const BandPeriods band = bandPeriodsFor(n, tmin, tmax);
+        double mean = 0.0, moment = 0.0, spread = 0.0;
+        for (double v : x)
+            mean += v / static_cast<double>(n);
+        const double middle = 0.5 * static_cast<double>(n - 1);
+        for (std::size_t t = 0; t < n; ++t) {
+            moment += (t - middle) * (x[t] - mean);
+            spread += (t - middle) * (t - middle);
+        }
+        std::vector<double> e(length);
+        for (std::size_t t = 0; t < n; ++t)
+            e[t] = e[length - 1 - t] =
+                x[t] - mean - (spread > 0 ? moment / spread : 0.0) * (t - middle);
+        std::vector<double> y(n, 0.0);
+        for (std::size_t k = 1; k < length; ++k) {
+            const double f = static_cast<double>(std::min(k, length - k)) / length;
+            if (f * band.longest < 1.0 - 1e-9 || f * band.shortest > 1.0 + 1e-9) continue;
+            double re = 0.0, im = 0.0;
+            for (std::size_t t = 0; t < length; ++t) {
+                re += e[t] * std::cos(2.0 * pi * k * t / length);
+                im -= e[t] * std::sin(2.0 * pi * k * t / length);
+            }
+            for (std::size_t t = 0; t < n; ++t)
+                y[t] += (re * std::cos(2.0 * pi * k * t / length) -
+                         im * std::sin(2.0 * pi * k * t / length)) /
+                        length;
+        }
+        return y;
+    };
+    struct Case {
+        std::size_t n;
+        double tmin, tmax;
+    };
+    for (const Case& c : {Case{1, 2, 2}, Case{2, 2, 4}, Case{3, 2, 6}, Case{4, 2, 3}, Case{64, 5, 20},
+                          Case{97, 4, 30}, Case{128, 2, 256}, Case{250, 10, 10}, Case{521, 3, 50}}) {
+        std::vector<double> x = test::ar2Noise(c.n, 0.75, -0.5);
+        for (std::size_t t = 0; t < c.n; ++t)
+            x[t] += 0.05 * t;
+        const std::vector<double> expected = direct(x, c.tmin, c.tmax);
+        fourierBandPass(x, c.tmin, c.tmax);
+        EXPECT_TRUE(test::allNear(x, expected, 1e-11)) << "n = " << c.n;
+    }
 }
 
 TEST(FourierBandPass, aConstantGivesZeros) {

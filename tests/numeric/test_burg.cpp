@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <optional>
 #include <thread>
 #include <vector>
 
@@ -80,6 +81,59 @@ TEST(BurgFit, RecoversAr2AndStaysStableAtHighOrder) {
     for (double k : high.reflection)
         EXPECT_LE(std::abs(k), 1.0);
     EXPECT_GT(high.noiseVariance, 0.0);
+}
+
+TEST(BurgFit, FastRecursionMatchesTheClassicOneOrRefuses) {
+    // Float-rounded data as the program passes them; lengths 2, 3, primes, powers
+    // of two; orders from 1 to the largest the clamps allow (a third of the
+    // window) and to the length - 1.
+    std::vector<double> walk = test::whiteNoise(2048, 1.0);
+    double level = 1000.0;
+    for (std::size_t t = 0; t < walk.size(); ++t)
+        walk[t] = level += walk[t] + (t % 7 == 0 ? 1.0 : 0.0);
+    std::vector<double> faintNoise = test::whiteNoise(2048, 0.01, 99);
+    const std::vector<double> sine = test::sinusoid(2048, 0.05, 3.0, 0.4);
+    for (std::size_t t = 0; t < faintNoise.size(); ++t)
+        faintNoise[t] += sine[t];
+    struct Case {
+        const char* data;
+        std::vector<double> x;
+        std::vector<std::size_t> orders;
+        bool fast; // whether the guard lets the fast recursion through
+    };
+    const std::vector<Case> cases{
+        {"ar2 n=2", test::ar2Noise(2, 0.75, -0.5), {1, 5}, true},
+        {"ar2 n=3", test::ar2Noise(3, 0.75, -0.5), {1, 2}, true},
+        {"ar2 n=13", test::ar2Noise(13, 0.75, -0.5), {1, 2, 4, 12}, true},
+        {"ar2 n=521", test::ar2Noise(521, 0.75, -0.5), {2, 174}, true},
+        {"ar2 n=2048", test::ar2Noise(2048, 0.75, -0.5), {2, 204, 683}, true},
+        {"walk n=2048", walk, {20, 204, 683}, true},
+        {"sine, noise 0.3 %", faintNoise, {10, 204}, true},
+        {"noiseless sine", sine, {3, 204}, false},
+        {"constant", std::vector<double>(64, 2.5), {3}, false},
+    };
+    for (const Case& c : cases)
+        for (std::size_t order : c.orders) {
+            const std::vector<float> rounded = test::toFloat(c.x);
+            const std::vector<double> x(rounded.begin(), rounded.end());
+            const ArFit classic = burgFitClassic(x, order, true);
+            const std::optional<ArFit> fast = burgFitFast(x, order, true);
+            const ArFit chosen = burgFit(x, order, true);
+            ASSERT_EQ(fast.has_value(), c.fast) << c.data << " order " << order;
+            const ArFit& compared = fast ? *fast : chosen;
+            double largest = 1.0;
+            for (double v : classic.phi)
+                largest = std::max(largest, std::abs(v));
+            EXPECT_TRUE(test::allNear(compared.reflection, classic.reflection, 1e-9))
+                << c.data << " order " << order;
+            EXPECT_TRUE(test::allNear(compared.phi, classic.phi, 1e-9 * largest))
+                << c.data << " order " << order;
+            EXPECT_TRUE(isNear(compared.noiseVariance, classic.noiseVariance, 0.0, 1e-9))
+                << c.data << " order " << order;
+            EXPECT_EQ(chosen.phi, fast ? fast->phi : classic.phi) << c.data << " order " << order;
+        }
+    // One sample: order 0, the mean square alone.
+    EXPECT_TRUE(burgFitFast(std::vector<double>{4.0}, 3, false)->phi.empty());
 }
 
 TEST(ArDensity, MeanOverTheCircleIsTheMeanSquare) {

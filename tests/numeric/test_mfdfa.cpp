@@ -192,6 +192,66 @@ TEST(MfdfaFluctuation, SegmentsWithoutFluctuationAreLeftOutAtEveryQ) {
     EXPECT_TRUE(allNear(mfdfa(x, s).log10Z, std::vector<double>(5, std::log10(4.0)), 1e-15));
 }
 
+TEST(MfdfaFluctuation, SharedFitsAndQPowersEqualTheSegmentBySegmentDefinition) {
+    // The fits of all segments as matrix products and the powers over the q grid
+    // by geometric sequences, against one fit per segment and std::pow per q.
+    const std::vector<double> walk = [] {
+        std::vector<double> x = test::whiteNoise(2053, 1.0);
+        for (std::size_t t = 1; t < x.size(); ++t)
+            x[t] += x[t - 1] + 0.01 * static_cast<double>(t);
+        return x;
+    }();
+    struct Case {
+        std::size_t n;
+        int order, minScale, maxScale;
+        FluctuationMeasure measure;
+        std::size_t qCount;
+    };
+    using M = FluctuationMeasure;
+    for (const Case& c : {Case{1, 0, 2, 2, M::Range, 5}, Case{2, 1, 2, 2, M::Range, 1},
+                          Case{13, 0, 2, 13, M::StandardDeviation, 2},
+                          Case{521, 4, 5, 300, M::Range, 200},
+                          Case{2053, 10, 11, 2048, M::StandardDeviation, 37}}) {
+        const std::span<const double> x(walk.data(), c.n);
+        MfdfaSettings settings;
+        settings.order = c.order;
+        settings.measure = c.measure;
+        settings.minScale = c.minScale;
+        settings.maxScale = c.maxScale;
+        settings.scaleCount = 40;
+        settings.qCount = c.qCount;
+        const MfdfaResult r = mfdfa(x, settings);
+        double largest = 0.0;
+        for (double v : x)
+            largest = std::max(largest, std::abs(v));
+        std::vector<double> expected(r.log10Z.size(), 0.0);
+        for (std::size_t i = 0; i < r.scales.size(); ++i) {
+            const std::size_t s = r.scales[i];
+            const PolynomialDetrender detrender(s, c.order);
+            std::vector<double> measures, dy(s);
+            for (std::size_t k = 0; k + s <= c.n; k += s) {
+                detrender.residual(x.subspan(k, s), dy);
+                double squares = 0.0;
+                for (double v : dy)
+                    squares += v * v;
+                const auto [lo, hi] = std::minmax_element(dy.begin(), dy.end());
+                const double m = c.measure == M::Range ? *hi - *lo : std::sqrt(squares / s);
+                if (m > 1e-11 * largest) measures.push_back(m);
+            }
+            for (std::size_t j = 0; j < r.q.size() && !measures.empty(); ++j) {
+                double mean = 0.0;
+                for (double m : measures)
+                    mean += (std::abs(r.q[j]) < 1e-12 ? std::log(m) : std::pow(m, r.q[j])) /
+                            static_cast<double>(measures.size());
+                expected[i * r.q.size() + j] =
+                    std::abs(r.q[j]) < 1e-12 ? mean / std::log(10.0)
+                                             : std::log10(mean) / r.q[j];
+            }
+        }
+        EXPECT_TRUE(allNear(r.log10Z, expected, 1e-10)) << "n = " << c.n;
+    }
+}
+
 TEST(SingularitySpectrum, ConstantHGivesTheTriangleOfAMonofractal) {
     const std::vector<double> q = evenGrid(-10.0, 10.0, 201);
     const std::vector<double> h(q.size(), 0.5);

@@ -57,6 +57,45 @@ TEST(FourierResample, LengthStepAndCapacity) {
     EXPECT_TRUE(fourierResample(noise, 2.0, 0).values.empty());
 }
 
+TEST(FourierResample, EqualsTheKeptBinsSummedAtTheNewPositions) {
+    // The definition by plain sums: the line through the ends removed, bins
+    // 0 .. m/2 of the rest (the bin m/2 of an even m once, the others as +-
+    // pairs) evaluated at t = k n/m - 1, the line added back.
+    auto direct = [](const std::vector<double>& x, std::size_t m) {
+        const std::size_t n = x.size();
+        const double slope = n > 1 ? (x.back() - x.front()) / (n - 1) : 0.0;
+        std::vector<double> rest(n), y(m);
+        for (std::size_t t = 0; t < n; ++t)
+            rest[t] = x[t] - x.front() - slope * t;
+        for (std::size_t j = 0; j < m; ++j) {
+            const double at = (j + 1) * (static_cast<double>(n) / m) - 1.0;
+            double sum = 0.0;
+            for (std::size_t k = 0; k <= m / 2; ++k) {
+                double re = 0.0, im = 0.0;
+                for (std::size_t t = 0; t < n; ++t) {
+                    re += rest[t] * std::cos(2.0 * std::numbers::pi * k * t / n);
+                    im -= rest[t] * std::sin(2.0 * std::numbers::pi * k * t / n);
+                }
+                const double w = 2.0 * std::numbers::pi * k * at / n;
+                const bool single = k == 0 || (m % 2 == 0 && k == m / 2);
+                sum += (single ? 1.0 : 2.0) * (re * std::cos(w) - im * std::sin(w));
+            }
+            y[j] = sum / n + x.front() + slope * at;
+        }
+        return y;
+    };
+    struct Case {
+        std::size_t n;
+        double step;
+    };
+    for (const Case& c : {Case{1, 1.0}, Case{2, 1.0}, Case{3, 1.5}, Case{13, 2.5}, Case{64, 1.0},
+                          Case{97, 3.3}, Case{128, 2.0}, Case{521, 1.7}}) {
+        const std::vector<double> x = test::ar2Noise(c.n, 0.75, -0.5);
+        const Resampled r = fourierResample(x, c.step, c.n);
+        EXPECT_TRUE(test::allNear(r.values, direct(x, r.values.size()), 1e-11)) << "n = " << c.n;
+    }
+}
+
 TEST(FourierResample, StraightLineStaysStraight) {
     // The end line takes all of a ramp: no ringing anywhere, ends included.
     const auto ramp = [](double t) { return -40.0 + 0.37 * t; };
