@@ -27,18 +27,6 @@ constexpr std::int32_t kMaxRecords = std::numeric_limits<std::int32_t>::max() - 
 // streaming reader, which needs no memory for it.
 constexpr std::size_t kMaxCarriedLine = std::size_t{1} << 20;
 
-enum ByteClass : unsigned char { kOrdinary = 0, kSeparator = 1, kLineEnd = 2 };
-
-constexpr std::array<unsigned char, 256> makeByteClasses() {
-    std::array<unsigned char, 256> classes{};
-    for (unsigned char c : {' ', '\t', ',', ';', '\v', '\f'})
-        classes[c] = kSeparator;
-    classes[static_cast<unsigned char>('\n')] = kLineEnd;
-    classes[static_cast<unsigned char>('\r')] = kLineEnd;
-    return classes;
-}
-
-constexpr std::array<unsigned char, 256> kByteClasses = makeByteClasses();
 
 inline unsigned char classOf(const char* p) {
     return kByteClasses[static_cast<unsigned char>(*p)];

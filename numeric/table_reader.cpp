@@ -14,18 +14,6 @@ namespace tarnic::detail {
 
 namespace {
 
-enum ByteClass : unsigned char { kOrdinary = 0, kSeparator = 1, kLineEnd = 2 };
-
-constexpr std::array<unsigned char, 256> makeByteClasses() {
-    std::array<unsigned char, 256> classes{};
-    for (unsigned char c : {' ', '\t', ',', ';', '\v', '\f'})
-        classes[c] = kSeparator;
-    classes[static_cast<unsigned char>('\n')] = kLineEnd;
-    classes[static_cast<unsigned char>('\r')] = kLineEnd;
-    return classes;
-}
-
-constexpr std::array<unsigned char, 256> kByteClasses = makeByteClasses();
 
 constexpr std::array<unsigned char, 256> makeDecimalCommaClasses() {
     std::array<unsigned char, 256> classes = makeByteClasses();

@@ -29,6 +29,7 @@
 
 #include "numeric/intake.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -37,6 +38,21 @@
 #include <vector>
 
 namespace tarnic::detail {
+
+// What a byte is to the table format: part of a field, a field separator
+// (blank, tab, comma, semicolon, vertical tab, form feed) or a line end.
+enum ByteClass : unsigned char { kOrdinary = 0, kSeparator = 1, kLineEnd = 2 };
+
+constexpr std::array<unsigned char, 256> makeByteClasses() {
+    std::array<unsigned char, 256> classes{};
+    for (unsigned char c : {' ', '\t', ',', ';', '\v', '\f'})
+        classes[c] = kSeparator;
+    classes[static_cast<unsigned char>('\n')] = kLineEnd;
+    classes[static_cast<unsigned char>('\r')] = kLineEnd;
+    return classes;
+}
+
+inline constexpr std::array<unsigned char, 256> kByteClasses = makeByteClasses();
 
 // A field longer than this many bytes is never a number; the reader keeps at most
 // this much of a field in memory, so a huge garbage line costs no memory.

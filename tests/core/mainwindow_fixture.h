@@ -9,7 +9,9 @@
 #include "tests/core/qt_print.h"
 #include "tests/numeric/test_support.h"
 
+#include <QAction>
 #include <QApplication>
+#include <QMenu>
 #include <QDir>
 
 #include <gtest/gtest.h>
@@ -64,6 +66,14 @@ inline void expectStage(Form1Controls& c, Stage stage,
     STAGE(ExitButton, true);
     STAGE(DownSampFrame, true);
 #undef STAGE
+}
+
+// Chooses the entry `text` of a plot surface's context menu as the user does.
+inline void choose(PlotSurface& surface, const QString& text) {
+    const auto menu = surface.contextMenu();
+    for (QAction* a : menu->actions())
+        if (a->text() == text) return a->trigger();
+    ADD_FAILURE() << "no menu entry " << text.toStdString();
 }
 
 inline std::string series(int n, const std::function<double(int)>& f) {

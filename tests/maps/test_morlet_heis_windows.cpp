@@ -242,17 +242,6 @@ TEST_F(FragmentMaps, TheHeisenbergVolumeLimitAcceptsEightMillionCells) {
 
 // ---- the red-noise overlays of the Morlet map ----
 
-namespace {
-
-void choose(PlotSurface& surface, const QString& text) {
-    const auto menu = surface.contextMenu();
-    for (QAction* a : menu->actions())
-        if (a->text() == text) return a->trigger();
-    ADD_FAILURE() << "no menu entry " << text.toStdString();
-}
-
-} // namespace
-
 TEST_F(FragmentMaps, MorletOverlaysShadeOutsideTheConeAndOutlineTheRidgeInside) {
     openFragment(1000, sine20);
     PlotSurface& map = *morlet().ui().MorletSvanMap;

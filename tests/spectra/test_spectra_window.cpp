@@ -300,14 +300,6 @@ bool sameOp(const DrawOp& a, const DrawOp& b) {
            a.color == b.color && a.width == b.width && a.style == b.style;
 }
 
-// Chooses the entry `text` of Picture1's context menu as the user does.
-void choose(PlotSurface& surface, const QString& text) {
-    const auto menu = surface.contextMenu();
-    for (QAction* a : menu->actions())
-        if (a->text() == text) return a->trigger();
-    ADD_FAILURE() << "no menu entry " << text.toStdString();
-}
-
 } // namespace
 
 TEST_F(SpectrumRun, OverlaysAddTheirCurvesOnTheMainScaleAndMoveNothing) {
