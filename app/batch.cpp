@@ -485,6 +485,7 @@ const std::vector<Action>& actions() {
              run.type(c.Text4, "max-scale");
              form.LaunchMFDFA_btn_Click();
              run.reportRepairs();
+             if (!c.FlatWarning->Caption().isEmpty()) run.say(c.FlatWarning->Caption());
              if (!run.refused) form.SaveFalfa_button_Click();
          }},
     };

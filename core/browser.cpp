@@ -1,10 +1,11 @@
 #include "core/browser.h"
 
+#include "core/filenames.h"
+
 #include <QApplication>
 #include <QCollator>
 #include <QDir>
 #include <QFile>
-#include <QFileInfo>
 #include <QStyle>
 
 #include <algorithm>
@@ -51,9 +52,10 @@ DirList::DirList(QWidget* parent, const QString& path)
 }
 
 bool DirList::setPath(const QString& path) {
-    const QFileInfo info(path);
-    if (!info.isDir() || !info.isReadable()) return false;
-    const QString clean = QDir::cleanPath(info.absoluteFilePath());
+    if (!isReadableFolder(path)) return false;
+    // String operations only: a name that is not UTF-8 (see filenames.h) would
+    // not survive the encoding that Qt's file classes apply.
+    const QString clean = QDir::cleanPath(QDir::isAbsolutePath(path) ? path : path_ + "/" + path);
     if (clean == path_) return true;
     path_ = clean;
     rebuild();
@@ -68,26 +70,27 @@ void DirList::rebuild() {
     const QIcon open = style()->standardIcon(QStyle::SP_DirOpenIcon);
     const QIcon closed = style()->standardIcon(QStyle::SP_DirClosedIcon);
     QStringList chain;
-    for (QDir d(path_);; ) {
-        chain.prepend(d.absolutePath());
-        if (d.isRoot() || !d.cdUp()) break;
+    for (QString d = path_;;) {
+        chain.prepend(d);
+        const qsizetype slash = d.lastIndexOf('/');
+        if (d == "/" || slash < 0) break;
+        d = slash == 0 ? QStringLiteral("/") : d.left(slash);
     }
     int level = 0;
     for (const QString& dir : chain) {
-        const QString name = dir == "/" ? QStringLiteral("/") : QFileInfo(dir).fileName();
+        const QString name = dir == "/" ? QStringLiteral("/") : dir.mid(dir.lastIndexOf('/') + 1);
         auto* item = new QListWidgetItem(open, QString(level * 2, ' ') + name, this);
         item->setData(Qt::UserRole, dir);
         ++level;
     }
     setCurrentRow(count() - 1);
-    QStringList subdirs =
-        QDir(path_).entryList(QDir::Dirs | QDir::NoDotAndDotDot | QDir::Readable, QDir::NoSort);
+    QStringList subdirs = folderEntries(path_, EntryKind::Folders);
     QCollator collator;
     collator.setCaseSensitivity(Qt::CaseInsensitive);
     std::sort(subdirs.begin(), subdirs.end(), collator);
     for (const QString& sub : subdirs) {
         auto* item = new QListWidgetItem(closed, QString(level * 2, ' ') + sub, this);
-        item->setData(Qt::UserRole, QDir(path_).absoluteFilePath(sub));
+        item->setData(Qt::UserRole, path_ == "/" ? "/" + sub : path_ + "/" + sub);
     }
 }
 
@@ -110,7 +113,7 @@ void FileList::setPath(const QString& path) {
 void FileList::Refresh() {
     const QString selected = FileName();
     clear();
-    QStringList files = QDir(path_).entryList(QDir::Files, QDir::NoSort);
+    QStringList files = folderEntries(path_, EntryKind::Files);
     QCollator collator;
     collator.setCaseSensitivity(Qt::CaseInsensitive);
     std::sort(files.begin(), files.end(), [&](const QString& a, const QString& b) {

@@ -1,5 +1,6 @@
 #include "maps/colourscale.h"
 
+#include "core/filenames.h"
 #include "core/form1.h"
 #include "core/naming.h"
 #include "core/numtext.h"
@@ -49,7 +50,7 @@ void SaveGridFile(Button& saveGRD, Form1& main,
                   const GridHeader& header, const GridValueText& value) {
     saveGRD.setEnabled(false);
     Form1Controls& c = main.ui();
-    const std::string D = main.OutputFolder().toStdString();
+    const std::string D = encodeFileName(main.OutputFolder());
     makeSubdirectory(D, kGridDir);
     WriteGrid(fileName(D), header, value);
     c.Dir1->Refresh();

@@ -1,4 +1,5 @@
 // The Heisenberg boxes map of a fragment.
+#include "core/filenames.h"
 #include "core/form1.h"
 #include "core/msgbox.h"
 #include "core/naming.h"
@@ -131,7 +132,7 @@ void HeisBoxForm::Form_Load() {
     HeisDaubOrder = 4;
     HeisSymOrder = 8;
     std::int32_t code = 0, length = HeisSamples;
-    dll::Ford_dll(HeisSignal.first(), length, code);
+    if (!HeisSignal.empty()) dll::Ford_dll(HeisSignal.first(), length, code);
     ShowWaveletChoice(code, *c.DaubOption, *c.SymletOption, *c.DaubOrder, *c.SymOrder, HeisDaubOrder,
                       HeisSymOrder);
 }
@@ -288,7 +289,7 @@ void HeisBoxForm::ColorScale_MouseMove(int, int, float, float y) {
 
 void HeisBoxForm::SaveGRD_Click() {
     const bool detrended = workbench().signalPlot().TrendRadius > 0;
-    const std::string N = HeisFileName.toStdString();
+    const std::string N = encodeFileName(HeisFileName);
     const GridHeader header = MapGridHeader(HeisCols, HeisRows, HeisTmin, HeisTmax, HeisLgMin,
                                             HeisLgMax, HeisZmin, HeisZmax);
     SaveGridFile(

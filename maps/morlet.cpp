@@ -1,5 +1,6 @@
 // The Morlet wavelet map of a fragment: computed and drawn by the fragment
 // window's button, held, read out and saved by MorletSvanForm.
+#include "core/filenames.h"
 #include "core/form1.h"
 #include "core/msgbox.h"
 #include "core/naming.h"
@@ -291,7 +292,7 @@ void MorletSvanForm::ColorScale_MouseMove(int, int, float, float y) {
 void MorletSvanForm::SaveGRD_Click() {
     Form1& main = workbench().form1();
     const bool detrended = workbench().signalPlot().TrendRadius > 0;
-    const std::string N = MorletFileName.toStdString();
+    const std::string N = encodeFileName(MorletFileName);
     const GridHeader header =
         MapGridHeader(MorletSamples, MorletScales, MorletTmin, MorletTmax, MorletLgMin,
                       MorletLgMax, MorletZmin, MorletZmax);
@@ -302,7 +303,7 @@ void MorletSvanForm::SaveGRD_Click() {
         },
         header, RowMajorValues(MorletMap.vector().data(), MorletSamples));
     // The wavelet spectrum, <Period, WaveCoeff.^2>; failures are passed over.
-    const std::string D = main.OutputFolder().toStdString();
+    const std::string D = encodeFileName(main.OutputFolder());
     makeSubdirectory(D, kSpectraDir);
     OutputFile file(names::MorletSpectrum(D, N, MorletTmin, MorletTmax, detrended));
     for (int i = 1; i <= MorletScales; ++i) {

@@ -1,5 +1,6 @@
 // The AR spectra evolution window and the button of the main window that
 // opens it.
+#include "core/filenames.h"
 #include "core/form1.h"
 #include "core/msgbox.h"
 #include "core/naming.h"
@@ -284,7 +285,7 @@ void SvanArForm::SaveGRD_Click() {
     const GridHeader header = MapGridHeader(
         SvanCount, SvanHalf - SvanCut + 1, SvanTmin, SvanTmax, SvanFmin, SvanFmax,
         static_cast<double>(SvanZmin) / LnTen(), static_cast<double>(SvanZmax) / LnTen());
-    const std::string N = SvanFileName.toStdString();
+    const std::string N = encodeFileName(SvanFileName);
     SaveGridFile(
         *c.SaveGRD, workbench().form1(),
         [&](const std::string& D) {

@@ -1,5 +1,6 @@
 // The multifractal singularity spectrum of a fragment: the button of the
 // fragment window and the window of the analysis.
+#include "core/filenames.h"
 #include "core/form1.h"
 #include "core/msgbox.h"
 #include "core/naming.h"
@@ -10,6 +11,7 @@
 #include "multiscale/mfdfaform.h"
 #include "help/mfdfahelpform.h"
 #include "multiscale/multiscalelogic.h"
+#include "numeric/mfdfa.h"
 #include "signal/signalzoomform.h"
 
 #include <cmath>
@@ -123,6 +125,11 @@ MFDFA_formControls::MFDFA_formControls(FormWindow& w) {
     Label3 = label(&w, "log(Scale)", kPlotLeft + kPlotWidth - 1500, kTableTop + kTableHeight + 60,
                    1500, 300);
     Label3->setAlignment(Qt::AlignRight | Qt::AlignTop);
+    FlatWarning = label(&w, "", 9480, kTableTop, 2520, kTableHeight);
+    FlatWarning->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    FlatWarning->setWordWrap(true);
+    FlatWarning->setForeColor(Qt::darkRed);
+    FlatWarning->setVisible(false);
 
     Label2 = label(&w, "Parameters' values", 9480, kFalfaTop, 2400, 300);
     Text1 = box(&w, "4", "Detrended Polynomial Order, 0 <= * <= 10", kFalfaTop + 360);
@@ -191,6 +198,7 @@ void MFDFA_form::Text_Change() {
     }
     c.SaveFalfa_button->setEnabled(false);
     c.LaunchMFDFA_btn->setEnabled(true);
+    c.FlatWarning->setVisible(false);
 }
 
 void MFDFA_form::LaunchMFDFA_btn_Click() {
@@ -217,8 +225,20 @@ void MFDFA_form::LaunchMFDFA_btn_Click() {
     dll::MF_DFA_dll(MfdfaSignal.first(), MfdfaSamples, DetrendOrder, MeasureType, MinScale,
                     MaxScale, alfaCount, alfa.first(), fAlfa.first(), qMin, qMax, QCount,
                     ScaleCount, zqTab.first());
+    // The library leaves flat segments out of the measure and stores 0 for a
+    // scale with none left; the same grid and rule here say which scales those are.
+    std::vector<double> flatShares;
+    const std::vector<std::size_t> scales =
+        mfdfaScales(static_cast<std::size_t>(MfdfaSamples), MinScale, MaxScale,
+                    static_cast<std::size_t>(scalesAsked));
+    if (static_cast<std::int32_t>(scales.size()) == ScaleCount)
+        flatShares = flatSegmentShares(MfdfaSignal.span(), scales, DetrendOrder,
+                                       MeasureType == 1 ? FluctuationMeasure::StandardDeviation
+                                                        : FluctuationMeasure::Range);
+    c.FlatWarning->setCaption(qs(MfdfaFlatWarning(flatShares, scales)));
+    c.FlatWarning->setVisible(!c.FlatWarning->Caption().isEmpty());
     const MfdfaProblem problem = CheckMfdfaRun(alfa.span(), fAlfa.span(), zqTab.span(), QCount,
-                                               ScaleCount, qAsked, scalesAsked);
+                                               ScaleCount, qAsked, scalesAsked, flatShares);
     if (problem != MfdfaProblem::None) {
         MsgBox(problemText(problem), "MFDFA Analysis");
         c.LaunchMFDFA_btn->setEnabled(true);
@@ -249,11 +269,12 @@ void MFDFA_form::LaunchMFDFA_btn_Click() {
     for (int i = 1; i <= AlfaCount - 1; ++i)
         if (FAlfa(i) > 0) falfa.Line(kLineSegment, ax(i), fy(i), ax(i + 1), fy(i + 1));
 
-    // The table against log10 of scale, every tenth q.
+    // The table against log10 of scale, every tenth q; a curve breaks at a scale
+    // that has no measure.
     const std::vector<float> LgScale = MfdfaLgScales(MinScale, MfdfaSamples, ScaleCount);
     LgScaleMin = LgScale.front();
     LgScaleMax = LgScale.back();
-    const TableRange table = MfdfaTableRange(ZQtab.span(), QCount, ScaleCount);
+    const TableRange table = MfdfaTableRange(ZQtab.span(), QCount, ScaleCount, flatShares);
     PlotSurface& zq = *c.ZQtab_Plot;
     zq.Cls();
     zq.setEnabled(true);
@@ -265,7 +286,7 @@ void MFDFA_form::LaunchMFDFA_btn_Click() {
     for (int j = 1; j <= QCount; j += kMfdfaQStep) {
         for (int s = 1; s <= ScaleCount; ++s)
             QColumn[static_cast<std::size_t>(s - 1)] = static_cast<float>(cell(s, j));
-        const RegressionLine line = MfdfaRegression(LgScale, QColumn);
+        const RegressionLine line = MfdfaRegression(LgScale, QColumn, flatShares);
         zq.setDrawStyle(1);
         zq.setForeColor(BasicColor(0));
         zq.Line(kLineSegment, px(LgScale.front()), py(line.at(LgScale.front())), px(LgScale.back()),
@@ -277,8 +298,10 @@ void MFDFA_form::LaunchMFDFA_btn_Click() {
         zq.setForeColor(BasicColor(colour));
         colour = (colour + 1) % 7;
         for (int s = 1; s <= ScaleCount - 1; ++s)
-            zq.Line(kLineSegment, px(LgScale[static_cast<std::size_t>(s - 1)]), py(cell(s, j)),
-                    px(LgScale[static_cast<std::size_t>(s)]), py(cell(s + 1, j)));
+            if (MfdfaScaleInUse(flatShares, s) && MfdfaScaleInUse(flatShares, s + 1))
+                zq.Line(kLineSegment, px(LgScale[static_cast<std::size_t>(s - 1)]),
+                        py(cell(s, j)), px(LgScale[static_cast<std::size_t>(s)]),
+                        py(cell(s + 1, j)));
     }
     c.SaveFalfa_button->setEnabled(true);
 }
@@ -287,9 +310,9 @@ void MFDFA_form::SaveFalfa_button_Click() {
     MFDFA_formControls& c = ui();
     Form1Controls& main = workbench().form1().ui();
     // Every failing step of the save is passed over silently.
-    const std::string D = workbench().form1().OutputFolder().toStdString();
+    const std::string D = encodeFileName(workbench().form1().OutputFolder());
     makeSubdirectory(D, kSpectraDir);
-    OutputFile file(names::SingularitySpectrum(D, MfdfaFileName.toStdString(), MfdfaTmin, MfdfaTmax));
+    OutputFile file(names::SingularitySpectrum(D, encodeFileName(MfdfaFileName), MfdfaTmin, MfdfaTmax));
     file.print(SingularitySpectrumText(DetrendOrder, MeasureType, MinScale, MaxScale, Alfa.span(),
                                        FAlfa.span()));
     file.close();

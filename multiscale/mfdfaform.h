@@ -28,6 +28,8 @@ struct MFDFA_formControls {
     PlotSurface* ZQtab_Plot;
     Label* Label3;
     Label* Label2;
+    // Hidden until a run meets flat segments (see MfdfaFlatWarning).
+    Label* FlatWarning;
     TextBox* Text1;
     TextBox* Text2;
     TextBox* Text3;

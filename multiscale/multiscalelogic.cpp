@@ -242,11 +242,39 @@ SpectrumRanges MfdfaSpectrumRanges(std::span<const double> alfa, std::span<const
     return r;
 }
 
+bool MfdfaScaleInUse(std::span<const double> flatShares, std::int32_t s) {
+    return flatShares.empty() || s < 1 || static_cast<std::size_t>(s) > flatShares.size() ||
+           flatShares[static_cast<std::size_t>(s - 1)] < 1.0;
+}
+
+std::string MfdfaFlatWarning(std::span<const double> flatShares,
+                             std::span<const std::size_t> scales) {
+    std::size_t worst = 0, warned = 0, empty = 0;
+    for (std::size_t i = 0; i < flatShares.size(); ++i) {
+        if (flatShares[i] > kMfdfaFlatShareWarned) ++warned;
+        if (flatShares[i] >= 1.0) ++empty;
+        if (flatShares[i] > flatShares[worst]) worst = i;
+    }
+    if (warned == 0) return {};
+    std::string text = "Warning: flat stretches. At " + std::to_string(warned) + " of " +
+                       std::to_string(flatShares.size()) +
+                       " scales more than a tenth of the segments have no fluctuation (" +
+                       std::to_string(static_cast<int>(std::lround(100.0 * flatShares[worst]))) +
+                       " %";
+    if (worst < scales.size()) text += " at " + std::to_string(scales[worst]) + " samples";
+    text += "). They are left out of the measure";
+    if (empty > 0)
+        text += "; " + std::to_string(empty) +
+                (empty == 1 ? " scale has" : " scales have") +
+                " no fluctuating segment and is neither drawn nor fitted";
+    return text + ".";
+}
+
 TableRange MfdfaTableRange(std::span<const double> zqTab, std::int32_t qCount,
-                           std::int32_t scaleCount) {
+                           std::int32_t scaleCount, std::span<const double> flatShares) {
     TableRange r;
     for (std::int32_t s = 1; s <= scaleCount; ++s)
-        for (std::int32_t j = 1; j <= qCount; j += kMfdfaQStep) {
+        for (std::int32_t j = 1; j <= qCount && MfdfaScaleInUse(flatShares, s); j += kMfdfaQStep) {
             const double v = zqTab[static_cast<std::size_t>((s - 1) * qCount + j - 1)];
             r.lo = std::min(r.lo, v);
             r.hi = std::max(r.hi, v);
@@ -254,16 +282,22 @@ TableRange MfdfaTableRange(std::span<const double> zqTab, std::int32_t qCount,
     return r;
 }
 
-RegressionLine MfdfaRegression(std::span<const float> lgScale, std::span<const float> column) {
+RegressionLine MfdfaRegression(std::span<const float> lgScale, std::span<const float> column,
+                               std::span<const double> flatShares) {
     RegressionLine line;
     const std::size_t n = std::min(lgScale.size(), column.size());
-    if (n == 0) return line;
+    auto used = [&](std::size_t s) {
+        return MfdfaScaleInUse(flatShares, static_cast<std::int32_t>(s + 1));
+    };
+    std::size_t count = 0;
     for (std::size_t s = 0; s < n; ++s)
-        line.xBar += lgScale[s], line.yBar += column[s];
-    line.xBar /= static_cast<double>(n);
-    line.yBar /= static_cast<double>(n);
+        if (used(s)) line.xBar += lgScale[s], line.yBar += column[s], ++count;
+    if (count == 0) return line;
+    line.xBar /= static_cast<double>(count);
+    line.yBar /= static_cast<double>(count);
     double sxx = 0, sxy = 0;
     for (std::size_t s = 0; s < n; ++s) {
+        if (!used(s)) continue;
         sxx += (lgScale[s] - line.xBar) * (lgScale[s] - line.xBar);
         sxy += (lgScale[s] - line.xBar) * (column[s] - line.yBar);
     }
@@ -273,7 +307,8 @@ RegressionLine MfdfaRegression(std::span<const float> lgScale, std::span<const f
 
 MfdfaProblem CheckMfdfaRun(std::span<const double> alfa, std::span<const double> fAlfa,
                            std::span<const double> zqTab, std::int32_t qCount,
-                           std::int32_t scaleCount, std::int32_t qAsked, std::int32_t scalesAsked) {
+                           std::int32_t scaleCount, std::int32_t qAsked, std::int32_t scalesAsked,
+                           std::span<const double> flatShares) {
     if (qCount < 1 || scaleCount < 2 || qCount > qAsked || scaleCount > scalesAsked ||
         static_cast<std::int64_t>(qCount) * scaleCount > static_cast<std::int64_t>(zqTab.size()))
         return MfdfaProblem::BadGrid;
@@ -288,8 +323,11 @@ MfdfaProblem CheckMfdfaRun(std::span<const double> alfa, std::span<const double>
     if (r.alfaMin > r.alfaMax) return MfdfaProblem::NoSpectrum;
     if (r.alfaMin == r.alfaMax) return MfdfaProblem::OneAlfa;
     if (r.fMin == r.fMax) return MfdfaProblem::FlatSpectrum;
-    const TableRange t = MfdfaTableRange(zqTab, qCount, scaleCount);
-    if (!(t.hi > t.lo)) return MfdfaProblem::FlatTable;
+    std::int32_t inUse = 0;
+    for (std::int32_t s = 1; s <= scaleCount; ++s)
+        inUse += MfdfaScaleInUse(flatShares, s) ? 1 : 0;
+    const TableRange t = MfdfaTableRange(zqTab, qCount, scaleCount, flatShares);
+    if (inUse < 2 || !(t.hi > t.lo)) return MfdfaProblem::FlatTable;
     return MfdfaProblem::None;
 }
 

@@ -183,22 +183,35 @@ struct SpectrumRanges {
 };
 SpectrumRanges MfdfaSpectrumRanges(std::span<const double> alfa, std::span<const double> fAlfa);
 
-// The Y range of the table plot: over every scale and the q numbers 1, 11, 21,
-// ... up to qCount; cell (s, j) lies at (s - 1) * qCount + j.
+// Flat segments. `flatShares` holds, per scale of the table, the share of the
+// segments with no fluctuation (numeric/mfdfa.h, flatSegmentShares): they are
+// left out of Z(q, s). A scale at which every segment is flat has no measure at
+// all (the library stores 0 there), so it is neither drawn nor fitted. An empty
+// `flatShares` counts every scale in.
+bool MfdfaScaleInUse(std::span<const double> flatShares, std::int32_t s);
+// The warning shown under the table when more than a tenth of the segments at
+// some scale are flat; empty when none is. `scales` in samples, as flatShares.
+inline constexpr double kMfdfaFlatShareWarned = 0.1;
+std::string MfdfaFlatWarning(std::span<const double> flatShares,
+                             std::span<const std::size_t> scales);
+
+// The Y range of the table plot: over every scale in use and the q numbers 1,
+// 11, 21, ... up to qCount; cell (s, j) lies at (s - 1) * qCount + j.
 struct TableRange {
     double lo = 1E+35, hi = -1E+35;
 };
 TableRange MfdfaTableRange(std::span<const double> zqTab, std::int32_t qCount,
-                           std::int32_t scaleCount);
+                           std::int32_t scaleCount, std::span<const double> flatShares = {});
 
 // The least-squares line of one column of the table (single-precision values)
-// against the scale positions, in double precision: it runs through (xBar,
-// yBar) with the given slope.
+// against the scale positions, over the scales in use, in double precision: it
+// runs through (xBar, yBar) with the given slope.
 struct RegressionLine {
     double xBar = 0, yBar = 0, slope = 0;
     double at(double x) const { return yBar + slope * (x - xBar); }
 };
-RegressionLine MfdfaRegression(std::span<const float> lgScale, std::span<const float> column);
+RegressionLine MfdfaRegression(std::span<const float> lgScale, std::span<const float> column,
+                               std::span<const double> flatShares = {});
 
 // What makes a run impossible to draw, in the order the checks are made.
 enum class MfdfaProblem {
@@ -208,11 +221,12 @@ enum class MfdfaProblem {
     NoSpectrum,   // no F above 0 from the second point on
     OneAlfa,      // the positive points have one Alfa: the X range is 0
     FlatSpectrum, // all F equal: the Y range is 0
-    FlatTable,    // the plotted cells of the table are all equal
+    FlatTable,    // the plotted cells of the table are all equal, or under two scales in use
 };
 MfdfaProblem CheckMfdfaRun(std::span<const double> alfa, std::span<const double> fAlfa,
                            std::span<const double> zqTab, std::int32_t qCount,
-                           std::int32_t scaleCount, std::int32_t qAsked, std::int32_t scalesAsked);
+                           std::int32_t scaleCount, std::int32_t qAsked, std::int32_t scalesAsked,
+                           std::span<const double> flatShares = {});
 
 // The saved spectrum: four header lines, each a literal and the NumText of its
 // parameter, then a two-column line NumText(Alfa) NumText(F) for every point

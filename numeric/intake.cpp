@@ -549,6 +549,11 @@ std::filesystem::path pathFromCodes(const std::int16_t* codes, std::int32_t leng
                 continue;
             }
         }
+        if (unit >= 0xDC80 && unit <= 0xDCFF) {
+            // A byte of a name that is not UTF-8, carried as U+DC00 + byte.
+            utf8.push_back(static_cast<char8_t>(unit - 0xDC00));
+            continue;
+        }
         append(unit >= 0xD800 && unit <= 0xDFFF ? kReplacement : unit);
     }
     return std::filesystem::path(utf8);

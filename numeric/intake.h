@@ -89,8 +89,10 @@ RecordCount countFileRecords(const std::filesystem::path& file);
 std::size_t readSignalFile(const std::filesystem::path& file, std::span<float> signal);
 
 // Converts a file name given as UTF-16 code units (no terminator) to a path.
-// Surrogate pairs combine into one character; an unpaired surrogate becomes
-// U+FFFD. A null pointer or length <= 0 gives an empty path. A unit 0 is kept as
+// Surrogate pairs combine into one character. A lone U+DC80 .. U+DCFF is the
+// byte 0x80 .. 0xFF of a name that is not UTF-8 (the program lists such names
+// with each stray byte carried as U+DC00 + byte) and becomes that byte again;
+// any other unpaired surrogate becomes U+FFFD. A null pointer or length <= 0 gives an empty path. A unit 0 is kept as
 // a NUL character, so the path names no file rather than the part before it.
 std::filesystem::path pathFromCodes(const std::int16_t* codes, std::int32_t length);
 

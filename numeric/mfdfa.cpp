@@ -211,6 +211,24 @@ std::vector<double> segmentFluctuations(std::span<const double> x, std::size_t s
     return out;
 }
 
+std::vector<double> flatSegmentShares(std::span<const double> x,
+                                      std::span<const std::size_t> scales, int order,
+                                      FluctuationMeasure measure) {
+    const double zeroLevel = zeroMeasureShare * maxAbs(x);
+    std::vector<double> shares;
+    shares.reserve(scales.size());
+    for (const std::size_t s : scales) {
+        const std::vector<double> measures = segmentFluctuations(x, s, order, measure);
+        const auto flat = std::count_if(measures.begin(), measures.end(), [&](double m) {
+            return !(m > zeroLevel && std::isfinite(m));
+        });
+        shares.push_back(measures.empty() ? 1.0
+                                          : static_cast<double>(flat) /
+                                                static_cast<double>(measures.size()));
+    }
+    return shares;
+}
+
 std::vector<std::size_t> mfdfaScales(std::size_t n, int minScale, int maxScale, std::size_t count) {
     std::vector<std::size_t> scales;
     if (n < 2 || count == 0) return scales;

@@ -72,6 +72,14 @@ enum class FluctuationMeasure {
 std::vector<double> segmentFluctuations(std::span<const double> x, std::size_t s, int order,
                                         FluctuationMeasure measure);
 
+// The share of the segments at each of `scales` whose measure is zero to
+// rounding (at most 1e-11 times the largest |x| of the series, or not finite):
+// the segments that mfdfa() leaves out of Z(q, s). 1 marks a scale at which
+// nothing fluctuates; a scale longer than the series also gives 1.
+std::vector<double> flatSegmentShares(std::span<const double> x,
+                                      std::span<const std::size_t> scales, int order,
+                                      FluctuationMeasure measure);
+
 // The scales of the analysis, in samples: `count` values evenly spaced in
 // logarithm from lo = clamp(minScale, 2, N) to hi = clamp(maxScale, lo, N),
 // rounded to whole samples; repeats (where the spacing is under one sample) are

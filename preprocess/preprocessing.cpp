@@ -1,6 +1,7 @@
 // The preprocessing actions of the main window: new data files derived from the
 // loaded signal (increments, winsorization, demultiplexing, downsampling).
 // None of them changes Signal, the plot or the parameters.
+#include "core/filenames.h"
 #include "core/form1.h"
 #include "core/msgbox.h"
 #include "core/naming.h"
@@ -14,7 +15,7 @@
 namespace tarnic {
 
 std::string Form1::dataStem() const {
-    return (OutputFolder() + "/" + InFileName).toStdString();
+    return encodeFileName((OutputFolder() + "/" + InFileName));
 }
 
 void Form1::endPreprocessing() {
@@ -52,7 +53,7 @@ void Form1::WinzorButton_Click() {
         AppendTwoColumnRecord(out, y[static_cast<std::size_t>(i - 1)], T0 + dT * (i - 1));
     });
     if (!file.close())
-        ReportUnwrittenFile(QString::fromStdString(file.path()), QString::fromStdString(file.error()));
+        ReportUnwrittenFile(decodeFileName(file.path()), QString::fromStdString(file.error()));
     endPreprocessing();
     c.WinzorButton->setEnabled(false);
 }

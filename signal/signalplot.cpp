@@ -1,5 +1,6 @@
 #include "signal/signalplot.h"
 
+#include "core/filenames.h"
 #include "core/form1.h"
 #include "core/msgbox.h"
 #include "core/naming.h"
@@ -328,14 +329,14 @@ void SignalPlot::SaveTrendButton_Click() {
     const double T0 = TimeOrigin(main.Time0_Text);
     const std::string order =
         c.LocPolynomOption->Value() ? NumText(boxNumber(c.TrendPolynomOrder)) : std::string();
-    const std::string stem = SignalFilePath.toStdString();
+    const std::string stem = encodeFileName(SignalFilePath);
     const std::string radius = NumText(TrendRadius);
     auto save = [&](const std::string& name, auto value) {
         OutputFile file(name);
         file.printLines(SignalLength, [&](int i, std::string& out) {
             AppendTwoColumnRecord(out, value(i), T0 + dT * (i - 1));
         });
-        if (!file.close()) ReportUnwrittenFile(qs(file.path()), qs(file.error()));
+        if (!file.close()) ReportUnwrittenFile(decodeFileName(file.path()), qs(file.error()));
     };
     save(names::Trend(stem, radius, order), [&](int i) { return static_cast<float>(Trend(i)); });
     save(names::Residual(stem, radius, order), [&](int i) { return Residual(i); });

@@ -1,5 +1,6 @@
 #include "signal/signalzoomform.h"
 
+#include "core/filenames.h"
 #include "core/form1.h"
 #include "core/msgbox.h"
 #include "core/naming.h"
@@ -154,11 +155,11 @@ void SignalZoomForm::SaveFragButton_Click() {
     const double dT = TextNum(main.DeltaT_Text->Text().toStdString());
     const double T0 = TimeOrigin(main.Time0_Text);
     const double T1 = T0 + (FragFirstSample - 1) * dT, T2 = T0 + (FragLastSample - 1) * dT;
-    OutputFile file(names::Fragment(workbench().signalPlot().SignalFilePath.toStdString(), T1, T2));
+    OutputFile file(names::Fragment(encodeFileName(workbench().signalPlot().SignalFilePath), T1, T2));
     file.printLines(FragCount, [&](int i, std::string& out) {
         AppendTwoColumnRecord(out, Fragment(i), T1 + (i - 1) * dT);
     });
-    if (!file.close()) ReportUnwrittenFile(qs(file.path()), qs(file.error()));
+    if (!file.close()) ReportUnwrittenFile(decodeFileName(file.path()), qs(file.error()));
     c.SaveFragButton->setEnabled(false);
     workbench().form1().ui().File1->Refresh();
 }
@@ -219,13 +220,13 @@ void SignalZoomForm::TimeSeriesZoom_DblClick() {
     const bool trendInForce =
         workbench().signalPlot().isLoaded() &&
         TextNum(workbench().signalPlot().ui().SmoothRad->Text().toStdString()) > 0;
-    OutputFile file(names::Harmonic(plot.SignalFilePath.toStdString(), trendInForce,
+    OutputFile file(names::Harmonic(encodeFileName(plot.SignalFilePath), trendInForce,
                                     HarmonicPeriod, T1, T2));
     file.printLines(FragCount, [&](int i, std::string& out) {
         out += ThreeColumnRecord(NumText(T1 + (i - 1) * dT), NumText(Fragment(i)),
                                  NumText(Harmonic(i)));
     });
-    if (!file.close()) ReportUnwrittenFile(qs(file.path()), qs(file.error()));
+    if (!file.close()) ReportUnwrittenFile(decodeFileName(file.path()), qs(file.error()));
     workbench().form1().ui().File1->Refresh();
 }
 

@@ -1,5 +1,6 @@
 // The spectrum run of the main window, its display in the lower two thirds of
 // Picture1 and the save of both estimates.
+#include "core/filenames.h"
 #include "core/form1.h"
 #include "core/naming.h"
 #include "core/numtext.h"
@@ -240,8 +241,8 @@ void Form1::SaveSpButton_Click() {
     Form1Controls& c = ui();
     DisableWorkGroup();
     // Every failing directory or file operation is passed over silently.
-    const std::string D = OutputFolder().toStdString();
-    const std::string N = InFileName.toStdString();
+    const std::string D = encodeFileName(OutputFolder());
+    const std::string N = encodeFileName(InFileName);
     makeSubdirectory(D, kSpectraDir);
     auto save = [](const std::string& name, const Array1<float>& freq, const Array1<float>& sp) {
         OutputFile file(name);

@@ -1,4 +1,5 @@
 // The spectrum zoom and the band-pass filter.
+#include "core/filenames.h"
 #include "core/form1.h"
 #include "core/msgbox.h"
 #include "core/naming.h"
@@ -223,11 +224,11 @@ void BandPassForm::BandPassSaveButton_Click() {
     const double H = c.BandPassGraf->ScaleHeight();
     Line(kLineSegment, c.BandPassGraf->Left(), c.BandPassGraf->Top() + H, c.BandPassGraf->Left(),
          c.BandPassGraf->Top() + H + 200);
-    OutputFile file(names::BandPass(BpfBaseName.toStdString(), BpfTmin * dT, BpfTmax * dT));
+    OutputFile file(names::BandPass(encodeFileName(BpfBaseName), BpfTmin * dT, BpfTmax * dT));
     file.printLines(BpfCount, [&](int i, std::string& out) {
         AppendTwoColumnRecord(out, BpfSignal(i), T0 + dT * (i - 1));
     });
-    if (!file.close()) ReportUnwrittenFile(qs(file.path()), qs(file.error()));
+    if (!file.close()) ReportUnwrittenFile(decodeFileName(file.path()), qs(file.error()));
     workbench().form1().ui().File1->Refresh();
 }
 

@@ -1,4 +1,5 @@
 // Wavelet threshold filtering of the whole signal and the zoom of its result.
+#include "core/filenames.h"
 #include "core/form1.h"
 #include "core/msgbox.h"
 #include "core/naming.h"
@@ -261,13 +262,13 @@ void WaveFiltForm::SaveThreshButton_Click() {
     const bool daub = c.DaubOption->Value();
     const std::int32_t order = daub ? WaveCode : WaveCode - 100;
     const std::string level = c.ThreshLevel->Text().toStdString();
-    const std::string stem = ThreshFileStem.toStdString();
+    const std::string stem = encodeFileName(ThreshFileStem);
     auto save = [&](const std::string& name, auto value) {
         OutputFile file(name);
         file.printLines(Nrec, [&](int i, std::string& out) {
             AppendTwoColumnRecord(out, value(i), t0 + dT * (i - 1));
         });
-        if (!file.close()) ReportUnwrittenFile(qs(file.path()), qs(file.error()));
+        if (!file.close()) ReportUnwrittenFile(decodeFileName(file.path()), qs(file.error()));
     };
     save(names::ThresholdMain(stem, level, !daub, order), [&](int i) { return FiltResult(i); });
     save(names::ThresholdResidual(stem, level, !daub, order),

@@ -1,5 +1,6 @@
 // The wavelet-packet decomposition of the whole signal and its three windows:
 // the component map, the packet spectra and the wavelet's graph.
+#include "core/filenames.h"
 #include "core/form1.h"
 #include "core/msgbox.h"
 #include "core/naming.h"
@@ -208,11 +209,11 @@ void WaveDecForm::WaveDecGraf_DblClick() {
     const Form1Controls& main = workbench().form1().ui();
     const double dT = TextNum(main.DeltaT_Text->Text().toStdString());
     const double t0 = TimeOrigin(main.Time0_Text);
-    OutputFile file(names::Component(WdcStem.toStdString(), dT * tmin_(k), dT * tmax_(k)));
+    OutputFile file(names::Component(encodeFileName(WdcStem), dT * tmin_(k), dT * tmax_(k)));
     file.printLines(Nrec, [&](int i, std::string& out) {
         AppendTwoColumnRecord(out, component[static_cast<std::size_t>(i - 1)], t0 + dT * (i - 1));
     });
-    if (!file.close()) ReportUnwrittenFile(qs(file.path()), qs(file.error()));
+    if (!file.close()) ReportUnwrittenFile(decodeFileName(file.path()), qs(file.error()));
     workbench().form1().ui().File1->Refresh();
 }
 
@@ -321,10 +322,10 @@ void WaveSpectForm::WaveSpectraGraf_MouseMove(int, int, float x, float) {
 void WaveSpectForm::SaveSpButton_Click() {
     // Every failing step is passed over silently.
     Form1Controls& main = workbench().form1().ui();
-    const std::string D = workbench().form1().OutputFolder().toStdString();
+    const std::string D = encodeFileName(workbench().form1().OutputFolder());
     makeSubdirectory(D, kSpectraDir);
     const double dT = TextNum(main.DeltaT_Text->Text().toStdString());
-    OutputFile file(names::WavePacketSpectrum(D, WaveSpFileName.toStdString()));
+    OutputFile file(names::WavePacketSpectrum(D, encodeFileName(WaveSpFileName)));
     for (int k = 1; k <= ComponentCount; ++k)
         file.print(ZoneRecord(NumText(BandFreq(k)), NumText(1.0 / BandFreq(k)),
                               NumText(dT * power_(k))));
