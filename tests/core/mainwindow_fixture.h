@@ -33,39 +33,27 @@ enum class Stage { Start, Rejected, Loaded, SpectraShown };
 inline void expectStage(Form1Controls& c, Stage stage,
                         std::initializer_list<std::string> usedUp = {}) {
     const bool browsing = stage == Stage::Start || stage == Stage::Rejected;
-    const bool working = !browsing;
-    auto expect = [&](QWidget* w, bool on, const char* name) {
-        if (std::find(usedUp.begin(), usedUp.end(), name) != usedUp.end()) on = false;
-        EXPECT_EQ(w->isEnabled(), on) << name;
-    };
-#define STAGE(w, on) expect(c.w, on, #w)
-    STAGE(File1, browsing);
-    STAGE(Dir1, browsing);
-    STAGE(Drive1, browsing);
-    STAGE(OtherFileButton, working);
-    STAGE(Frame1, working);
-    STAGE(FrameMainParam, working);
-    STAGE(FrameBackParam, working);
-    STAGE(WP_OptionFrame, working);
-    STAGE(LaunchButton, working);
-    STAGE(SvanArButton, working);
-    STAGE(WavePackButton, working);
-    STAGE(WaveFiltButton, working);
-    STAGE(ShowSignGrafButton, working);
-    STAGE(Picture1, working);
-    STAGE(DownSampButton, working);
-    STAGE(DownStepText, working);
-    STAGE(IncremButton, working);
-    STAGE(WinzorButton, working);
-    STAGE(DemplxButton, working);
-    STAGE(SaveSpButton, stage == Stage::SpectraShown);
-    STAGE(ZoomButton, stage == Stage::SpectraShown);
-    STAGE(FrameSpectraView, stage == Stage::SpectraShown);
-    STAGE(FrameHScroll, stage == Stage::SpectraShown);
-    STAGE(HelpButton, true);
-    STAGE(ExitButton, true);
-    STAGE(DownSampFrame, true);
-#undef STAGE
+    const bool shown = stage == Stage::SpectraShown;
+    const struct {
+        QWidget* w;
+        bool on;
+        const char* name;
+    } table[] = {
+#define ROW(w, on) {c.w, on, #w}
+        ROW(File1, browsing), ROW(Dir1, browsing), ROW(Drive1, browsing),
+        ROW(OtherFileButton, !browsing), ROW(Frame1, !browsing), ROW(FrameMainParam, !browsing),
+        ROW(FrameBackParam, !browsing), ROW(WP_OptionFrame, !browsing), ROW(Picture1, !browsing),
+        ROW(LaunchButton, !browsing), ROW(SvanArButton, !browsing), ROW(WavePackButton, !browsing),
+        ROW(WaveFiltButton, !browsing), ROW(ShowSignGrafButton, !browsing),
+        ROW(DownSampButton, !browsing), ROW(DownStepText, !browsing), ROW(IncremButton, !browsing),
+        ROW(WinzorButton, !browsing), ROW(DemplxButton, !browsing), ROW(SaveSpButton, shown),
+        ROW(ZoomButton, shown), ROW(FrameSpectraView, shown), ROW(FrameHScroll, shown),
+        ROW(HelpButton, true), ROW(ExitButton, true), ROW(DownSampFrame, true)};
+#undef ROW
+    for (const auto& row : table) {
+        const bool usedOff = std::find(usedUp.begin(), usedUp.end(), row.name) != usedUp.end();
+        EXPECT_EQ(row.w->isEnabled(), row.on && !usedOff) << row.name;
+    }
 }
 
 // Chooses the entry `text` of a plot surface's context menu as the user does.

@@ -1,11 +1,14 @@
-// The help windows: the whole text, the block scheme that closes with it, and
-// the two theory pictures scrolled under their viewports.
+// The help windows: the whole help text, the block scheme that closes with it,
+// and the theory pictures, whose texts are shown whole.
 #include "help/blockschemeform.h"
 #include "help/helpform.h"
-#include "help/theory.h"
 #include "help/mfdfahelpform.h"
 #include "help/wtmmhelp.h"
 #include "tests/core/mainwindow_fixture.h"
+#include "tests/e2e/layout_faults.h"
+
+#include <QPlainTextEdit>
+#include <QScrollBar>
 
 using namespace tarnic;
 using namespace tarnic::test;
@@ -16,7 +19,6 @@ TEST_F(MainWindow, TheHelpTextIsShownWholeBesideTheMainWindow) {
     HelpForm& help = wb->helpForm();
     EXPECT_TRUE(help.Visible());
     EXPECT_TRUE(form().Visible()) << "the main window stays usable";
-    EXPECT_EQ(help.Caption(), "Help");
     const QString text = help.ui().HelpFormText->toPlainText();
     EXPECT_TRUE(text.startsWith("This program:\n\n1) estimates power spectra"));
     EXPECT_EQ(HelpForm::Text().count("\r\n"), 104) << "105 lines joined by CR LF";
@@ -26,46 +28,81 @@ TEST_F(MainWindow, TheHelpTextIsShownWholeBesideTheMainWindow) {
                                           "of initial time series."));
     help.ui().Command1->click();
     EXPECT_TRUE(wb->blockSchemeForm().Visible());
-    EXPECT_EQ(wb->blockSchemeForm().Caption(), "Block Scheme");
     help.window().close();
     EXPECT_FALSE(wb->blockSchemeForm().isLoaded()) << "the block scheme closes with the help";
     ui().HelpButton->click();
     EXPECT_EQ(help.ui().HelpFormText->toPlainText(), text) << "reopened, the whole text again";
 }
 
-TEST(TheoryPictures, HaveTheirSizesAndAreNotBlank) {
-    const struct {
-        QImage image;
-        int width, height;
-    } pictures[] = {{BlockSchemePicture(), 947, 673},
-                    {WtmmTheoryPicture(), 688, 934},
-                    {MfdfaTheoryPicture(), 721, 1035}};
-    for (const auto& p : pictures) {
-        EXPECT_EQ(p.image.width(), p.width);
-        EXPECT_EQ(p.image.height(), p.height);
-        int dark = 0;
-        for (int y = 0; y < p.height; y += 3)
-            for (int x = 0; x < p.width; x += 3) dark += qGray(p.image.pixel(x, y)) < 128;
-        EXPECT_GT(dark, 500) << p.width << " x " << p.height << ": text and lines are drawn";
-    }
-}
-
-TEST_F(MainWindow, TheTheoryPicturesSlideUnderTheirViewports) {
+// Each help window shown at its own size: its captions fit their controls, no
+// control sticks out or covers another, every picture is shown at its full
+// size with its drawing clear of the picture's edges (a text that ran over an
+// edge would be cut there), a picture taller than its viewport slides under it
+// far enough to show its last line, and a text panel wraps its lines.
+TEST_F(MainWindow, TheoryPicturesTextsAreNotCutOff) {
     start();
-    for (Form* form : {static_cast<Form*>(&wb->wtmmHelp()), static_cast<Form*>(&wb->mfdfaHelpForm())}) {
-        form->Show();
-        auto& c = form == &wb->wtmmHelp() ? static_cast<ScrolledPictureControls&>(wb->wtmmHelp().ui())
-                                          : static_cast<ScrolledPictureControls&>(wb->mfdfaHelpForm().ui());
-        EXPECT_EQ(c.VScroll1->Max(), c.Picture2->height() - c.Picture1->height());
-        EXPECT_GT(c.VScroll1->Max(), 0);
-        c.VScroll1->setValue(120);
-        EXPECT_EQ(c.Picture2->y(), -120);
-        form->Unload();
-        form->Show();
-        auto& again = form == &wb->wtmmHelp() ? static_cast<ScrolledPictureControls&>(wb->wtmmHelp().ui())
-                                              : static_cast<ScrolledPictureControls&>(wb->mfdfaHelpForm().ui());
-        EXPECT_EQ(again.Picture2->y(), 0) << "a new load starts at the top";
+    const struct {
+        Form* form;
+        const char* caption;
+        QSize picture; // empty: a text panel
+    } windows[] = {{&wb->helpForm(), "Help", {}},
+                   {&wb->blockSchemeForm(), "Block Scheme", {947, 673}},
+                   {&wb->wtmmHelp(), "What is WTMM skeleton chains", {688, 934}},
+                   {&wb->mfdfaHelpForm(), "Multifractal Detrended Fluctuation Analysis Help",
+                    {721, 1035}}};
+    for (const auto& w : windows) {
+        SCOPED_TRACE(w.caption);
+        w.form->Show();
+        if (w.form == &wb->helpForm()) form().HelpButton_Click();
+        QApplication::processEvents();
+        QWidget& window = w.form->window();
+        EXPECT_EQ(w.form->Caption(), w.caption);
+        for (const std::string& fault : layoutFaults(window)) ADD_FAILURE() << fault;
+        if (w.picture.isEmpty()) {
+            auto* panel = window.findChild<QPlainTextEdit*>();
+            ASSERT_NE(panel, nullptr);
+            EXPECT_EQ(panel->horizontalScrollBar()->maximum(), 0) << "no line runs off";
+            EXPECT_GT(panel->verticalScrollBar()->maximum(), 0) << "the rest scrolls into view";
+            continue;
+        }
+        QLabel* label = nullptr;
+        for (QLabel* l : window.findChildren<QLabel*>())
+            if (!l->pixmap().isNull()) label = l;
+        ASSERT_NE(label, nullptr);
+        const QImage image = label->pixmap().toImage();
+        EXPECT_EQ(image.size(), w.picture);
+        EXPECT_EQ(label->size(), image.size()) << "the whole picture, unscaled";
+        // The text is whole when more white follows its last line than lies
+        // between any two of its lines, and no ink touches the other edges.
+        std::vector<bool> inked(static_cast<std::size_t>(image.height()));
+        int dark = 0, edges = 0, widest = 0, run = -image.height();
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x) {
+                const bool ink = image.pixel(x, y) != qRgb(255, 255, 255);
+                inked[static_cast<std::size_t>(y)] = inked[static_cast<std::size_t>(y)] || ink;
+                dark += qGray(image.pixel(x, y)) < 128;
+                edges += ink && (std::min(x, y) < 8 || x >= image.width() - 8);
+            }
+        for (bool ink : inked) {
+            if (ink) widest = std::max(widest, run);
+            run = ink ? 0 : run + 1;
+        }
+        EXPECT_GT(dark, 4500) << "text and lines are drawn";
+        EXPECT_GT(run, widest) << "the text runs on below the picture's edge";
+        EXPECT_EQ(edges, 0) << "the drawing runs into the picture's edge";
+        // The picture's frame: the window itself or a viewport inside it.
+        QWidget* frame = label->parentWidget();
+        EXPECT_LE(frame->mapTo(&window, QPoint(frame->width(), frame->height())).x(),
+                  window.width());
+        EXPECT_LE(label->width(), frame->width()) << "the picture is as wide as its frame";
+        if (label->height() <= frame->height()) continue;
+        auto* bar = window.findChild<ScrollBar*>();
+        ASSERT_NE(bar, nullptr) << "a picture taller than its frame needs a bar";
+        EXPECT_EQ(frame->height(), window.height());
+        bar->setValue(bar->Max());
+        EXPECT_EQ(label->y() + label->height(), frame->height()) << "the last line comes into view";
+        w.form->Unload();
+        w.form->Show();
+        EXPECT_EQ(w.form->window().findChild<QLabel*>()->y(), 0) << "a new load starts at the top";
     }
-    EXPECT_EQ(wb->wtmmHelp().Caption(), "What is WTMM skeleton chains");
-    EXPECT_EQ(wb->mfdfaHelpForm().Caption(), "Multifractal Detrended Fluctuation Analysis Help");
 }

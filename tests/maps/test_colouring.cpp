@@ -16,7 +16,7 @@ using namespace tarnic::test;
 namespace {
 
 // A value's text padded with blanks to `width` columns.
-std::string padded(const std::string& text, std::size_t width) {
+std::string padded(const std::string& text, std::size_t width = 14) {
     return text + std::string(width - text.size(), ' ');
 }
 
@@ -30,30 +30,23 @@ GridValueText fromTable(std::vector<std::vector<std::string>> rows) {
 
 TEST(BandLookup, AValueOnABorderTakesTheLowerBand) {
     // zmin 0, zmax 12: the bands are [0,1], [1,2], ... [11,12].
-    EXPECT_EQ(BandOf(1.0, 0.0, 1.0, 12), 1);
-    EXPECT_EQ(BandOf(1.0000001, 0.0, 1.0, 12), 2);
-    EXPECT_EQ(BandOf(12.0, 0.0, 1.0, 12), 12);
-    EXPECT_EQ(BandOf(12.0000001, 0.0, 1.0, 12), 0);
-    EXPECT_EQ(BandOf(-0.0000001, 0.0, 1.0, 12), 0);
+    for (auto [value, band] : {std::pair{1.0, 1}, {1.0000001, 2}, {12.0, 12}, {12.0000001, 0},
+                               {-0.0000001, 0}})
+        EXPECT_EQ(BandOf(value, 0.0, 1.0, 12), band) << value;
     BandLookup twelve(0.0f, 12.0f, MapPalette12);
-    EXPECT_EQ(twelve(0.0f), 0xFFFFFFu);
-    EXPECT_EQ(twelve(2.0f), 0xE0E0E0u);
-    EXPECT_EQ(twelve(5.5f), 0xFF8000u);
-    EXPECT_EQ(twelve(12.0f), 0x000000u);
+    for (auto [value, colour] : {std::pair{0.0f, 0xFFFFFFu}, {2.0f, 0xE0E0E0u},
+                                 {5.5f, 0xFF8000u}, {12.0f, 0x000000u}})
+        EXPECT_EQ(twelve(value), colour) << value;
     // Fifteen bands of 0.2 over -3 .. 0: the first eight share dark blue.
     BandLookup fifteen(-3.0f, 0.0f, MapPalette15);
-    EXPECT_EQ(fifteen(-1.41f), 0x000080u); // band 8 ends at -1.4
-    EXPECT_EQ(fifteen(-1.3f), 0x0000FFu);
-    EXPECT_EQ(fifteen(-0.5f), 0xFFFF00u);
-    EXPECT_EQ(fifteen(0.0f), 0xFFFFFFu);
-}
-
-TEST(BandLookup, EqualValuesAllTakeBandOne) {
-    BandLookup twelve(3.5f, 3.5f, MapPalette12);
-    BandLookup fifteen(-7.25f, -7.25f, MapPalette15);
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_EQ(twelve(3.5f), 0xFFFFFFu);
-        EXPECT_EQ(fifteen(-7.25f), 0x000080u);
+    for (auto [value, colour] : {std::pair{-1.41f, 0x000080u}, {-1.3f, 0x0000FFu},
+                                 {-0.5f, 0xFFFF00u}, {0.0f, 0xFFFFFFu}})
+        EXPECT_EQ(fifteen(value), colour) << value;
+    // Equal ends: every value takes band 1.
+    BandLookup flat12(3.5f, 3.5f, MapPalette12), flat15(-7.25f, -7.25f, MapPalette15);
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(flat12(3.5f), 0xFFFFFFu);
+        EXPECT_EQ(flat15(-7.25f), 0x000080u);
     }
 }
 
@@ -68,37 +61,23 @@ TEST(BandLookup, AValueOutsideEveryBandKeepsThePreviousColourBlackAtFirst) {
     EXPECT_EQ(colour(zmax), 0xFFFF00u) << "the colour of the cell before";
     EXPECT_EQ(colour(zmin), 0xFFFFFFu);
     EXPECT_EQ(colour(zmax), 0xFFFFFFu);
-    BandLookup next(zmin, zmax, MapPalette12);
-    EXPECT_EQ(next(zmax), 0x000000u) << "a new run starts black again";
+    EXPECT_EQ(BandLookup(zmin, zmax, MapPalette12)(zmax), 0x000000u) << "a new run starts black";
 }
 
-TEST(ColorScaleValue, TopEdgeIsZmaxBottomEdgeIsZmin) {
+TEST(ColorScaleValue, TopEdgeIsZmaxBottomEdgeIsZminAndLgIsLnOverLnTen) {
     EXPECT_EQ(ColorScaleValue(0, 5370, -3.25f, 7.5f), 7.5f);
     EXPECT_EQ(ColorScaleValue(5370, 5370, -3.25f, 7.5f), -3.25f);
     EXPECT_EQ(ColorScaleValue(2685, 5370, -3.25f, 7.5f), 2.125f);
     EXPECT_EQ(ColorScaleValue(5370, 5370, -17.123456f, 3.3f), -17.123456f);
-}
-
-TEST(DecimalLogarithms, AreNaturalLogarithmsDividedByLnTen) {
     EXPECT_EQ(Lg(100.0), 2.0);
     // The quotient is not log10: ln 1000 / ln 10 falls one step below 3.
     EXPECT_EQ(Lg(1000.0), 2.9999999999999996);
 }
 
 TEST(GridFile, HeaderLinesKeepTheirNumbersApart) {
-    GridHeader h{63,
-                 129,
-                 NumText(-4.0f),
-                 NumText(4.0f),
-                 NumText(-2.5f),
-                 NumText(-1.25f),
-                 NumText(2.5f),
-                 NumText(3.25f)};
-    EXPECT_EQ(GridHeaderText(h), "DSAA\r\n"
-                                 " 63  129 \r\n"
-                                 "-4 4\r\n"
-                                 "-2.5 -1.25\r\n"
-                                 " 2.5 3.25\r\n");
+    GridHeader h{63, 129, NumText(-4.0f), NumText(4.0f), NumText(-2.5f), NumText(-1.25f),
+                 NumText(2.5f), NumText(3.25f)};
+    EXPECT_EQ(GridHeaderText(h), "DSAA\r\n 63  129 \r\n-4 4\r\n-2.5 -1.25\r\n 2.5 3.25\r\n");
     h.zlo = NumText(1.0 / 3.0);
     h.zhi = NumText(-2.0 / 3.0);
     EXPECT_EQ(GridHeaderText(h).substr(35), " .333333333333333 -.666666666666667\r\n");
@@ -111,16 +90,14 @@ TEST(GridFile, ValuesStandInZonesOf14Columns) {
         return out;
     };
     // Three short values: 42 characters before the line end.
-    const std::string shortRow =
-        row(3, fromTable({{NumText(1.0f), NumText(2.5f), NumText(-3.0f)}}));
-    EXPECT_EQ(shortRow, padded(" 1", 14) + padded(" 2.5", 14) + padded("-3", 14) + "\r\n");
-    EXPECT_EQ(shortRow.size(), 42u + 2u);
+    EXPECT_EQ(row(3, fromTable({{NumText(1.0f), NumText(2.5f), NumText(-3.0f)}})),
+              padded(" 1") + padded(" 2.5") + padded("-3") + "\r\n");
     // A 13-character value and its blank fill one zone exactly.
     EXPECT_EQ(row(2, fromTable({{NumText(-1.234567E-05f), " 1"}})),
               "-1.234567E-05  1            \r\n");
     // Double-precision values of 17 characters run over two zones each.
     EXPECT_EQ(row(3, fromTable({{NumText(1.0 / 3.0), NumText(-2.0 / 3.0), NumText(2.0)}})),
-              padded(" .333333333333333", 28) + padded("-.666666666666667", 28) + padded(" 2", 14) +
+              padded(" .333333333333333", 28) + padded("-.666666666666667", 28) + padded(" 2") +
                   "\r\n");
     // 27 characters and the blank end on a zone: no further blanks.
     std::string line;
@@ -132,16 +109,15 @@ TEST(GridFile, WrittenWholeByteForByteAndReplaced) {
     TempDir dir;
     GridHeader h{3, 2, " 10", " 30", "-1", " 1", "-.5", " 123456.7"};
     const auto path = (dir / "g.grd").string();
+    const std::string header = "DSAA\r\n 3  2 \r\n 10 30\r\n-1 1\r\n-.5 123456.7\r\n";
     ASSERT_TRUE(
         WriteGrid(path, h, fromTable({{" 1", "-.5", " 2"}, {" 123456.7", " 0", "-1E+07"}})));
-    EXPECT_EQ(readBytes(path), "DSAA\r\n 3  2 \r\n 10 30\r\n-1 1\r\n-.5 123456.7\r\n" +
-                                   padded(" 1", 14) + padded("-.5", 14) + padded(" 2", 14) +
-                                   "\r\n" + padded(" 123456.7", 14) + padded(" 0", 14) +
-                                   padded("-1E+07", 14) + "\r\n");
+    EXPECT_EQ(readBytes(path), header + padded(" 1") + padded("-.5") + padded(" 2") + "\r\n" +
+                                   padded(" 123456.7") + padded(" 0") + padded("-1E+07") + "\r\n");
     h.ny = 1;
     ASSERT_TRUE(WriteGrid(path, h, fromTable({{" 7", " 8", " 9"}})));
     EXPECT_EQ(readBytes(path), "DSAA\r\n 3  1 \r\n 10 30\r\n-1 1\r\n-.5 123456.7\r\n" +
-                                   padded(" 7", 14) + padded(" 8", 14) + padded(" 9", 14) + "\r\n");
+                                   padded(" 7") + padded(" 8") + padded(" 9") + "\r\n");
     // A file that cannot be made leaves nothing behind.
     EXPECT_FALSE(
         WriteGrid((dir / "missing" / "g.grd").string(), h, fromTable({{" 1", " 2", " 3"}})));
@@ -155,6 +131,6 @@ TEST(GridFile, ManyRowsFormattedInParallelStayInOrder) {
     ASSERT_TRUE(WriteGrid(path, h, [](int row, int column) { return NumText(row * 10 + column); }));
     std::string expected = GridHeaderText(h);
     for (int row = 1; row <= h.ny; ++row)
-        expected += padded(NumText(row * 10 + 1), 14) + padded(NumText(row * 10 + 2), 14) + "\r\n";
+        expected += padded(NumText(row * 10 + 1)) + padded(NumText(row * 10 + 2)) + "\r\n";
     EXPECT_TRUE(readBytes(path) == expected);
 }

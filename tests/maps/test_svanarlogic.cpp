@@ -14,52 +14,49 @@
 
 using namespace tarnic;
 
-TEST(SvanDefaults, FloorsForThirtyTwoSamples) {
-    EXPECT_EQ(SvanDefaultLength(32), 16);        // 32 / 8 = 4, raised to 16
-    EXPECT_EQ(SearchSvanShift(32, 16).shift, 1); // Int(16 / 20) = 0: no search
-    EXPECT_EQ(SvanDefaultOrder(16), 1);
-    EXPECT_EQ(SvanDefaultShift(16), 1);
+TEST(SvanDefaults, FloorsAndTheShiftSearch) {
+    EXPECT_EQ(SvanDefaultLength(32), 16); // 32 / 8 = 4, raised to 16
     EXPECT_EQ(SvanDefaultLength(1000), 125);
-    EXPECT_EQ(SvanDefaultLength(1000000), 2048);
-}
-
-TEST(SvanDefaults, ShiftSearchForAHundredThousandSamples) {
     EXPECT_EQ(SvanDefaultLength(100000), 2048);
+    EXPECT_EQ(SvanDefaultOrder(16), 1);
     EXPECT_EQ(SvanDefaultOrder(2048), 204);
+    EXPECT_EQ(SvanDefaultShift(16), 1);
+    EXPECT_EQ(SearchSvanShift(32, 16).shift, 1); // Int(16 / 20) = 0: no search
     // From 102 down, the first shift leaving at most 2 samples: 1307 windows
     // of shift 75 end at sample 99998.
-    const SvanShiftSearch search = SearchSvanShift(100000, 2048);
-    EXPECT_EQ(search.shift, 75);
-    EXPECT_EQ(search.count, 1307);
+    EXPECT_EQ(SearchSvanShift(100000, 2048).shift, 75);
+    EXPECT_EQ(SearchSvanShift(100000, 2048).count, 1307);
     EXPECT_EQ(SearchSvanShift(1000, 125).shift, 5);           // 6 leaves 5 samples, 5 none
     EXPECT_EQ(SearchSvanShift(60 + 3 * 40 + 2, 60).shift, 3); // a tail of 2 is accepted
     EXPECT_EQ(SearchSvanShift(80 + 4 * 10 + 3, 80).shift, 3); // a tail of 3 is not
 }
 
 TEST(SvanBoxes, StrictReadingTakesOnlyAWholeNumber) {
-    EXPECT_EQ(StrictInt("  512 \t"), 512);
-    EXPECT_EQ(StrictInt(" 2048.9"), 2048);
-    EXPECT_EQ(StrictInt("-0.5"), -1);
-    EXPECT_EQ(StrictInt("1E3"), 1000);
+    for (auto [text, value] : {std::pair{"  512 \t", 512}, {" 2048.9", 2048}, {"-0.5", -1},
+                               {"1E3", 1000}})
+        EXPECT_EQ(StrictInt(text), value) << text;
     for (const char* refused :
          {"", "   ", "512abc", "abc", "5 12", "1E", "-", "2147483648", "1E300"})
         EXPECT_EQ(StrictInt(refused), std::nullopt) << refused;
 }
 
 TEST(SvanBoxes, ClampsInOrderAndFallbacksWithoutClamps) {
-    EXPECT_EQ(ReadSvanLength("5000", 4000, 500), 2048);
-    EXPECT_EQ(ReadSvanLength("5000", 1000, 125), 999);
-    EXPECT_EQ(ReadSvanLength("8", 1000, 125), 16);
-    EXPECT_EQ(ReadSvanLength("512abc", 4000, 500), 500);
-    EXPECT_EQ(ReadSvanLength("x", 100, 5000), 5000); // a fallback is never clamped
-    EXPECT_EQ(ReadSvanShift("0", 1024, 51), 1);
-    EXPECT_EQ(ReadSvanShift("5000", 1024, 51), 1024);
-    EXPECT_EQ(ReadSvanShift("", 16, 102), 102);
-    EXPECT_EQ(ReadSvanOrder("600", 1024, 102), 256);
-    EXPECT_EQ(ReadSvanOrder("0", 1024, 102), 1);
-    EXPECT_EQ(ReadSvanOrder("257", 1025, 102), 256); // 1025 / 4 = 256.25
-    EXPECT_EQ(ReadSvanOrder("256", 1025, 102), 256);
-    EXPECT_EQ(ReadSvanOrder("7x", 16, 204), 204);
+    struct {
+        std::int32_t (*read)(std::string_view, std::int32_t, std::int32_t);
+        const char* text;
+        std::int32_t bound, fallback, value;
+    } const cases[] = {
+        {ReadSvanLength, "5000", 4000, 500, 2048}, {ReadSvanLength, "5000", 1000, 125, 999},
+        {ReadSvanLength, "8", 1000, 125, 16},      {ReadSvanLength, "512abc", 4000, 500, 500},
+        {ReadSvanLength, "x", 100, 5000, 5000}, // a fallback is never clamped
+        {ReadSvanShift, "0", 1024, 51, 1},         {ReadSvanShift, "5000", 1024, 51, 1024},
+        {ReadSvanShift, "", 16, 102, 102},         {ReadSvanOrder, "600", 1024, 102, 256},
+        {ReadSvanOrder, "0", 1024, 102, 1},
+        {ReadSvanOrder, "257", 1025, 102, 256}, // 1025 / 4 = 256.25
+        {ReadSvanOrder, "256", 1025, 102, 256},    {ReadSvanOrder, "7x", 16, 204, 204},
+    };
+    for (const auto& k : cases)
+        EXPECT_EQ(k.read(k.text, k.bound, k.fallback), k.value) << k.text << ", " << k.bound;
 }
 
 TEST(SvanWindows, CountCutVolumeAndRanges) {
@@ -81,25 +78,20 @@ TEST(SvanWindows, CountCutVolumeAndRanges) {
     EXPECT_EQ(r.fmax, 127 / 128.0f);
 }
 
-namespace {
-
-// A stand-in spectrum that depends on every sample of the window, on the
-// order and on the point: value k is (k + 1) * (1 + sum |x| + order).
-void fakeSpectrum(float& samples, std::int32_t& count, std::int32_t& points, std::int32_t& order,
-                  float& result) {
-    double sum = 0;
-    for (int j = 0; j < count; ++j)
-        sum += std::fabs((&samples)[j]);
-    for (int k = 0; k < points; ++k)
-        (&result)[k] = static_cast<float>((k + 1) * (1 + sum + order));
-}
-
-} // namespace
-
-TEST(SvanWindows, ParallelLoopGivesTheSequentialMap) {
+TEST(SvanWindows, ParallelLoopGivesTheMapOfTheWindowsInTurn) {
+    // A stand-in spectrum that depends on every sample of the window, on the
+    // order and on the point: value k is (k + 1) * (1 + sum |x| + order), and
+    // 0 for a window of zeros.
+    auto fake = [](const float* x, std::int32_t n, std::int32_t points, std::int32_t order,
+                   float* out) {
+        double sum = 0;
+        for (int j = 0; j < n; ++j) sum += std::fabs(x[j]);
+        for (int k = 0; k < points; ++k) out[k] = sum > 0 ? float((k + 1) * (1 + sum + order)) : 0;
+    };
     std::vector<float> input(3000);
     for (std::size_t i = 0; i < input.size(); ++i)
-        input[i] = static_cast<float>(std::sin(0.37 * static_cast<double>(i)) * (1 + i % 7));
+        input[i] =
+            i < 200 ? 0 : static_cast<float>(std::sin(0.37 * static_cast<double>(i)) * (1 + i % 7));
     const SvanLayout l{100, 13, 224, 128, 64, 2, 5};
     const double dT = 0.25;
     std::vector<float> map(static_cast<std::size_t>(l.count * l.half)), last(64);
@@ -110,27 +102,28 @@ TEST(SvanWindows, ParallelLoopGivesTheSequentialMap) {
             std::lock_guard guard(lock);
             callers.push_back(std::this_thread::get_id());
         }
-        fakeSpectrum(x, n, p, o, out);
+        fake(&x, n, p, o, &out);
     };
     ComputeSpectraEvolution(input, l, dT, spectrum, map, last);
 
-    // The sequential loop: window w takes samples (w - 1) * shift + 1 ...
+    // Window w takes the samples (w - 1) * shift + 1 ... of the input; the
+    // windows of zeros sit at the floor ln(1e12) below the largest value, not
+    // at the logarithm of 0.
+    const double top = *std::max_element(map.begin(), map.end());
+    EXPECT_EQ(map[0], static_cast<float>(top - std::log(1e12)));
     std::vector<float> powers(64);
     for (int w = 1; w <= l.count; ++w) {
-        std::vector<float> samples(input.begin() + (w - 1) * l.shift,
-                                   input.begin() + (w - 1) * l.shift + l.length);
-        std::int32_t n = l.length, p = l.half, o = l.order;
-        fakeSpectrum(samples.front(), n, p, o, powers.front());
+        fake(input.data() + (w - 1) * l.shift, l.length, l.half, l.order, powers.data());
         for (std::size_t k = 0; k < 64; ++k)
             ASSERT_EQ(map[static_cast<std::size_t>(w - 1) * 64 + k],
-                      static_cast<float>(std::log(dT * static_cast<double>(powers[k]))))
+                      static_cast<float>(std::max(std::log(dT * static_cast<double>(powers[k])),
+                                                  top - std::log(1e12))))
                 << "window " << w << ", point " << k + 1;
     }
     EXPECT_EQ(last, powers) << "the spectrum of the last window";
     ASSERT_EQ(callers.size(), 224u);
     EXPECT_EQ(callers.front(), std::this_thread::get_id()) << "window 1 on the calling thread";
     if (std::thread::hardware_concurrency() > 1) {
-        EXPECT_GT(std::set(callers.begin(), callers.end()).size(), 1u)
-            << "and the rest on all cores";
+        EXPECT_GT(std::set(callers.begin(), callers.end()).size(), 1u) << "the rest on all cores";
     }
 }

@@ -5,7 +5,6 @@ add_executable(test_spectral
     ${CMAKE_CURRENT_LIST_DIR}/test_welch.cpp
     ${CMAKE_CURRENT_LIST_DIR}/test_significance.cpp
     ${CMAKE_CURRENT_LIST_DIR}/test_resample.cpp
-    ${CMAKE_CURRENT_LIST_DIR}/test_spectral_binding.cpp
 )
 target_link_libraries(test_spectral PRIVATE tarnic_numeric GTest::gtest_main ${CMAKE_DL_LIBS})
 target_compile_definitions(test_spectral PRIVATE TARNIC_DLL_PATH="${TARNIC_APP_DIR}/Tarnic.dll")

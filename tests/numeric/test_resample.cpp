@@ -1,53 +1,57 @@
+// Fourier resampling to a coarser step (numeric/resample.h), and the spectral
+// routines of the C binding.
 #include "numeric/resample.h"
-#include "spectral_support.h"
+#include "numeric/tarnic_api.h"
+#include "numeric_support.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <numbers>
 #include <vector>
 
 namespace tarnic {
 namespace {
 
-using test::isNear;
-
 constexpr double kPi = std::numbers::pi;
+using Curve = std::function<double(double)>;
 
-// Largest |y_k - f(t_k)| over outputs whose position t_k = k * step - 1 lies at
-// least `margin` samples inside the record of n samples.
-template <class F> double worstError(const Resampled& r, std::size_t n, double margin, F f) {
-    double worst = 0.0;
-    for (std::size_t k = 1; k <= r.values.size(); ++k) {
-        const double t = static_cast<double>(k) * r.step - 1.0;
-        if (t >= margin && t <= static_cast<double>(n - 1) - margin)
-            worst = std::max(worst, std::abs(r.values[k - 1] - f(t)));
-    }
-    return worst;
-}
-
-std::vector<double> sampled(std::size_t n, auto f) {
+std::vector<double> sampled(std::size_t n, const Curve& f) {
     std::vector<double> x(n);
     for (std::size_t i = 0; i < n; ++i)
         x[i] = f(static_cast<double>(i));
     return x;
 }
 
+// Largest |y_k - f(t_k)| over outputs whose position t_k = k * step - 1 lies at
+// least `margin` samples inside the record of n samples.
+double worstError(const Resampled& r, std::size_t n, double margin, const Curve& f) {
+    double worst = 0.0;
+    for (std::size_t k = 1; k <= r.values.size(); ++k) {
+        const double t = static_cast<double>(k) * r.step - 1.0;
+        if (t >= margin && t <= n - 1.0 - margin)
+            worst = std::max(worst, std::abs(r.values[k - 1] - f(t)));
+    }
+    return worst;
+}
+
 TEST(FourierResample, LengthStepAndCapacity) {
-    const auto ramp = [](double t) { return 2.0 - 0.01 * t; };
+    const Curve ramp = [](double t) { return 2.0 - 0.01 * t; };
     const std::vector<double> x = sampled(1001, ramp);
-    Resampled r = fourierResample(x, 2.5, 10000);
-    EXPECT_EQ(r.values.size(), 400u);
-    EXPECT_EQ(r.step, 1001.0 / 400.0);
-    r = fourierResample(x, 2.0, 10000); // a whole step works the same way
-    EXPECT_EQ(r.values.size(), 500u);
-    EXPECT_EQ(r.step, 1001.0 / 500.0);
-    // A smaller capacity stretches the step; positions stay at k * step - 1.
-    r = fourierResample(x, 2.5, 100);
-    ASSERT_EQ(r.values.size(), 100u);
-    EXPECT_EQ(r.step, 10.01);
-    EXPECT_LT(worstError(r, x.size(), 0.0, ramp), 1e-12);
+    // Step 2.5 and a whole step 2; a smaller capacity stretches the step, and
+    // positions stay at k * step - 1.
+    const std::tuple<double, std::size_t, std::size_t, double> cases[] = {
+        {2.5, 10000, 400, 1001.0 / 400.0},
+        {2.0, 10000, 500, 1001.0 / 500.0},
+        {2.5, 100, 100, 10.01}};
+    for (const auto& [step, capacity, count, used] : cases) {
+        const Resampled r = fourierResample(x, step, capacity);
+        EXPECT_EQ(r.values.size(), count) << step << " " << capacity;
+        EXPECT_EQ(r.step, used) << step << " " << capacity;
+        EXPECT_LT(worstError(r, x.size(), 0.0, ramp), 1e-12) << step << " " << capacity;
+    }
     // A step rounded to float, 2.2f, still gives floor(22 / 2.2) = 10.
     EXPECT_EQ(fourierResample(std::vector<double>(22, 0.0), 2.2f, 100).values.size(), 10u);
     // Step 1 or below gives the record back; a step beyond it, nothing.
@@ -57,10 +61,10 @@ TEST(FourierResample, LengthStepAndCapacity) {
     EXPECT_TRUE(fourierResample(noise, 2.0, 0).values.empty());
 }
 
+// The definition by plain sums: the line through the ends removed, bins 0 .. m/2
+// of the rest (the bin m/2 of an even m once, the others as +- pairs) evaluated
+// at t = k n/m - 1, the line added back.
 TEST(FourierResample, EqualsTheKeptBinsSummedAtTheNewPositions) {
-    // The definition by plain sums: the line through the ends removed, bins
-    // 0 .. m/2 of the rest (the bin m/2 of an even m once, the others as +-
-    // pairs) evaluated at t = k n/m - 1, the line added back.
     auto direct = [](const std::vector<double>& x, std::size_t m) {
         const std::size_t n = x.size();
         const double slope = n > 1 ? (x.back() - x.front()) / (n - 1) : 0.0;
@@ -73,10 +77,10 @@ TEST(FourierResample, EqualsTheKeptBinsSummedAtTheNewPositions) {
             for (std::size_t k = 0; k <= m / 2; ++k) {
                 double re = 0.0, im = 0.0;
                 for (std::size_t t = 0; t < n; ++t) {
-                    re += rest[t] * std::cos(2.0 * std::numbers::pi * k * t / n);
-                    im -= rest[t] * std::sin(2.0 * std::numbers::pi * k * t / n);
+                    re += rest[t] * std::cos(2.0 * kPi * k * t / n);
+                    im -= rest[t] * std::sin(2.0 * kPi * k * t / n);
                 }
-                const double w = 2.0 * std::numbers::pi * k * at / n;
+                const double w = 2.0 * kPi * k * at / n;
                 const bool single = k == 0 || (m % 2 == 0 && k == m / 2);
                 sum += (single ? 1.0 : 2.0) * (re * std::cos(w) - im * std::sin(w));
             }
@@ -84,32 +88,25 @@ TEST(FourierResample, EqualsTheKeptBinsSummedAtTheNewPositions) {
         }
         return y;
     };
-    struct Case {
-        std::size_t n;
-        double step;
-    };
-    for (const Case& c : {Case{1, 1.0}, Case{2, 1.0}, Case{3, 1.5}, Case{13, 2.5}, Case{64, 1.0},
-                          Case{97, 3.3}, Case{128, 2.0}, Case{521, 1.7}}) {
-        const std::vector<double> x = test::ar2Noise(c.n, 0.75, -0.5);
-        const Resampled r = fourierResample(x, c.step, c.n);
-        EXPECT_TRUE(test::allNear(r.values, direct(x, r.values.size()), 1e-11)) << "n = " << c.n;
+    const std::pair<std::size_t, double> cases[] = {{1, 1.0},  {2, 1.0},  {3, 1.5},   {13, 2.5},
+                                                    {64, 1.0}, {97, 3.3}, {128, 2.0}, {521, 1.7}};
+    for (const auto& [n, step] : cases) {
+        const std::vector<double> x = test::ar2Noise(n, 0.75, -0.5);
+        const Resampled r = fourierResample(x, step, n);
+        EXPECT_TRUE(test::allNear(r.values, direct(x, r.values.size()), 1e-11)) << "n = " << n;
     }
 }
 
-TEST(FourierResample, StraightLineStaysStraight) {
+TEST(FourierResample, StraightLineStaysStraightAndASlowSinusoidKeepsItsShape) {
     // The end line takes all of a ramp: no ringing anywhere, ends included.
-    const auto ramp = [](double t) { return -40.0 + 0.37 * t; };
-    const Resampled r = fourierResample(sampled(1001, ramp), 2.5, 1000);
-    EXPECT_LT(worstError(r, 1001, 0.0, ramp), 1e-11);
+    const Curve ramp = [](double t) { return -40.0 + 0.37 * t; };
+    EXPECT_LT(worstError(fourierResample(sampled(1001, ramp), 2.5, 1000), 1001, 0.0, ramp), 1e-11);
     // By hand: positions 1.5, 4, 6.5, 9 of 3 + t/2.
     const std::vector<double> y = sampled(10, [](double t) { return 3.0 + 0.5 * t; });
     EXPECT_TRUE(test::allNear(fourierResample(y, 2.5, 4).values,
                               std::vector<double>{3.75, 5.0, 6.25, 7.5}, 1e-13));
-}
-
-TEST(FourierResample, SlowSinusoidKeepsAmplitudeAndFrequency) {
     // 0.02 cycles per sample on a trend, not a whole number of periods.
-    const auto f = [](double t) { return 3.0 * std::cos(2.0 * kPi * 0.02 * t + 0.7) + 0.001 * t; };
+    const Curve f = [](double t) { return 3.0 * std::cos(2.0 * kPi * 0.02 * t + 0.7) + 0.001 * t; };
     const std::vector<double> x = sampled(10001, f);
     for (double step : {2.5, 2.0, 3.7}) {
         const Resampled r = fourierResample(x, step, 10001);
@@ -120,7 +117,7 @@ TEST(FourierResample, SlowSinusoidKeepsAmplitudeAndFrequency) {
 
 TEST(FourierResample, ContentAboveTheNewNyquistIsRemoved) {
     // Step 2.5: the new Nyquist frequency is 0.2 cycles per input sample.
-    const auto low = [](double t) { return std::cos(2.0 * kPi * 0.02 * t); };
+    const Curve low = [](double t) { return std::cos(2.0 * kPi * 0.02 * t); };
     for (double high : {0.23, 0.3, 0.45}) {
         const std::vector<double> x =
             sampled(10000, [&](double t) { return low(t) + std::cos(2.0 * kPi * high * t + 1.1); });
@@ -129,11 +126,50 @@ TEST(FourierResample, ContentAboveTheNewNyquistIsRemoved) {
     // Exactly at the new Nyquist frequency of step 2 the component would read
     // (-1)^k cos(pi/4) at positions 2k - 1; its bin enters once for the +- pair,
     // so half of that remains.
-    const Resampled r = fourierResample(
-        sampled(1000, [](double t) { return std::cos(kPi * t / 2.0 + kPi / 4.0); }), 2.0, 1000);
-    EXPECT_LT(worstError(r, 1000, 0.0,
-                         [](double t) { return 0.5 * std::cos(kPi * t / 2.0 + kPi / 4.0); }),
+    const Curve nyquist = [](double t) { return std::cos(kPi * t / 2.0 + kPi / 4.0); };
+    const Curve half = [&](double t) { return 0.5 * nyquist(t); };
+    EXPECT_LT(worstError(fourierResample(sampled(1000, nyquist), 2.0, 1000), 1000, 0.0, half),
               1e-12);
+}
+
+// The three spectral routines of Tarnic.dll called as the program calls them:
+// loaded by name at run time, every argument a pointer.
+TEST(SpectralBinding, RoutinesFillWhatTheCallerSized) {
+    const test::Library library;
+    const auto down = library.resolve<decltype(&DownSample_dll)>("DownSample_dll");
+    const auto welch = library.resolve<decltype(&SpectAn_dll)>("SpectAn_dll");
+    const auto burg = library.resolve<decltype(&BurgH_dll)>("BurgH_dll");
+    ASSERT_TRUE(down && welch && burg);
+
+    // Downsampling returns the count and the ratio used, and writes no further.
+    std::vector<float> ramp(1001);
+    for (std::size_t i = 0; i < ramp.size(); ++i)
+        ramp[i] = 0.5f * static_cast<float>(i);
+    std::int32_t nrec = 1001, outLen = 500; // the program's capacity, Int(1001 / 2)
+    float step = 2.5f;
+    std::vector<float> y(500, -1.0f);
+    down(ramp.data(), &nrec, &step, y.data(), &outLen);
+    EXPECT_EQ(outLen, 400);
+    EXPECT_EQ(step, static_cast<float>(1001.0 / 400.0));
+    EXPECT_NEAR(y[399], 500.0, 1e-3); // the last sample
+    EXPECT_EQ(y[400], -1.0f);
+
+    // The spectra: exactly their counts of positive values, an order beyond the
+    // stretch included.
+    const std::vector<float> x = test::toFloat(test::ar2Noise(3000, 0.75, -0.5));
+    std::int32_t lengF = 60, fft = 64, mm = 7;
+    nrec = 3000;
+    std::vector<float> four(33, -1.0f);
+    welch(x.data(), &nrec, &lengF, &fft, &mm, four.data());
+    EXPECT_TRUE(test::allFinitePositive(std::span(four).first(32)));
+    EXPECT_EQ(four[32], -1.0f);
+    for (std::int32_t order : {683, 5000}) {
+        std::int32_t count = 2048, nf = 1024;
+        std::vector<float> ar(1025, -1.0f);
+        burg(x.data(), &count, &nf, &order, ar.data());
+        EXPECT_TRUE(test::allFinitePositive(std::span(ar).first(1024)));
+        EXPECT_EQ(ar[1024], -1.0f);
+    }
 }
 
 } // namespace

@@ -7,13 +7,12 @@
 #include "numeric/morlet.h"
 #include "numeric/significance.h"
 #include "numeric/welch.h"
-#include "spectral_support.h"
+#include "numeric_support.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
-#include <iostream>
 #include <numbers>
 #include <vector>
 
@@ -22,18 +21,13 @@ namespace {
 
 using test::isNear;
 
-// ------------------------------------------------------------ chi-square
-
-struct Quantile {
-    double dof, p, expected, tolerance;
-};
-
 TEST(ChiSquareQuantile, TabulatedAndClosedFormValues) {
     const double erf1 = std::erf(1.0 / std::numbers::sqrt2), erf2 = std::erf(std::numbers::sqrt2);
     // chi2_3 has P(x) = erf(sqrt(x/2)) - sqrt(2x/pi) exp(-x/2).
     const double p3at5 =
         std::erf(std::sqrt(2.5)) - std::sqrt(10.0 / std::numbers::pi) * std::exp(-2.5);
-    const Quantile table[] = {
+    const double table[][4] = {
+        // dof, p, quantile, tolerance
         // Printed tables (six decimals).
         {1, 0.95, 3.841459, 1e-6},
         {2, 0.95, 5.991465, 1e-6},
@@ -49,17 +43,13 @@ TEST(ChiSquareQuantile, TabulatedAndClosedFormValues) {
         {2, 1.0 - 0x1p-30, 60.0 * std::numbers::ln2, 1e-10},
         {1, erf1, 1.0, 1e-11},
         {1, erf2, 4.0, 1e-11},
-        {3, p3at5, 5.0, 1e-10},
-    };
-    for (const Quantile& q : table)
-        EXPECT_TRUE(isNear(chiSquareQuantile(q.dof, q.p), q.expected, q.tolerance))
-            << "dof " << q.dof << ", p " << q.p;
+        {3, p3at5, 5.0, 1e-10}};
+    for (const auto& q : table)
+        EXPECT_NEAR(chiSquareQuantile(q[0], q[1]), q[2], q[3]) << "dof " << q[0] << ", p " << q[1];
     EXPECT_EQ(chiSquareQuantile(4.0, 0.0), 0.0);
     EXPECT_TRUE(std::isnan(chiSquareQuantile(4.0, 1.0)));
     EXPECT_TRUE(std::isnan(chiSquareQuantile(0.0, 0.5)));
 }
-
-// ------------------------------------------------ Welch degrees of freedom
 
 // Hann taper: h^2 = 3/8 - cos/2 + cos(2.)/8, so R(0,0) : R(0,1) : R(0,2) =
 // 3/8 : -1/4 : 1/16. One window, no smoothing: two degrees of freedom inside,
@@ -68,60 +58,11 @@ TEST(ChiSquareQuantile, TabulatedAndClosedFormValues) {
 TEST(WelchDegreesOfFreedom, OneHannWindowExactValues) {
     const std::vector<double> nu = welchDegreesOfFreedom(64, 64, 64, 0);
     ASSERT_EQ(nu.size(), 33u);
-    EXPECT_TRUE(isNear(nu[0], 1.0, 1e-12));
-    EXPECT_TRUE(isNear(nu[1], 72.0 / 37.0, 1e-12));
-    EXPECT_TRUE(isNear(nu[31], 72.0 / 37.0, 1e-12));
-    for (std::size_t k = 2; k < 31; ++k)
-        ASSERT_TRUE(isNear(nu[k], 2.0, 1e-12)) << k;
-    EXPECT_TRUE(isNear(nu[32], 1.0, 1e-12));
-}
-
-// nu = 2 E[S]^2 / Var[S] measured on white noise through welchDensity itself,
-// pooled over the bins where nu is constant and over many records.
-struct Layout {
-    std::size_t n, length, fft, radius;
-};
-
-TEST(WelchDegreesOfFreedom, MatchesSimulationOfTheEstimate) {
-    const Layout layouts[] = {
-        {8192, 2048, 2048, 1}, // the defaults for 8192 samples: 7 windows, 50 % overlap
-        {4096, 256, 512, 4},   // padded, wider smoothing
-        {1000, 100, 128, 2},   // uneven window starts
-        {3000, 3000, 4096, 3}, // one padded window
-    };
-    for (const Layout& c : layouts) {
-        const std::vector<double> nu = welchDegreesOfFreedom(c.n, c.length, c.fft, c.radius);
-        const std::size_t half = c.fft / 2, margin = c.radius + 4;
-        // At least 2e5 values inside, and 800 at the Nyquist bin.
-        const std::size_t records = std::max<std::size_t>(200000 / half, 800);
-        double sum = 0, sumSquares = 0, count = 0, nyquist = 0, nyquistSquares = 0;
-        for (std::size_t r = 0; r < records; ++r) {
-            const auto x = test::whiteNoise(c.n, 1.0, static_cast<unsigned>(1000 + r));
-            const std::vector<double> p = welchDensity(x, c.length, c.fft, c.radius);
-            for (std::size_t k = margin; k + margin <= half; ++k) {
-                sum += p[k];
-                sumSquares += p[k] * p[k];
-                ++count;
-            }
-            nyquist += p[half];
-            nyquistSquares += p[half] * p[half];
-        }
-        const auto measured = [](double s, double s2, double m) {
-            const double mean = s / m;
-            return 2.0 * mean * mean / (s2 / m - mean * mean);
-        };
-        for (std::size_t k = margin; k + margin <= half; ++k)
-            ASSERT_TRUE(isNear(nu[k], nu[half / 2], 0.0, 1e-4)) << "not constant inside, bin " << k;
-        EXPECT_TRUE(isNear(measured(sum, sumSquares, count), nu[half / 2], 0.0, 0.04))
-            << "n " << c.n << ", length " << c.length << ", radius " << c.radius;
-        // At the Nyquist bin the smoothing folds onto itself: about half as many.
-        EXPECT_TRUE(isNear(measured(nyquist, nyquistSquares, static_cast<double>(records)),
-                           nu[half], 0.0, 0.2))
-            << "Nyquist bin, n " << c.n << ", length " << c.length;
+    for (std::size_t k = 0; k <= 32; ++k) {
+        const double expected = k == 0 || k == 32 ? 1.0 : k == 1 || k == 31 ? 72.0 / 37.0 : 2.0;
+        EXPECT_NEAR(nu[k], expected, 1e-12) << k;
     }
 }
-
-// ------------------------------------------------------ AR(1) and background
 
 TEST(Ar1Fit, EstimatesAlphaAndFallsBackToWhiteNoise) {
     struct Case {
@@ -140,7 +81,7 @@ TEST(Ar1Fit, EstimatesAlphaAndFallsBackToWhiteNoise) {
         const Ar1Fit fit = fitAr1(c.x);
         EXPECT_EQ(fit.reason, c.reason) << "alpha " << c.alpha;
         EXPECT_EQ(fit.whiteNoise, c.reason != WhiteNoiseReason::None);
-        EXPECT_TRUE(isNear(fit.alpha, c.alpha, c.tolerance));
+        EXPECT_NEAR(fit.alpha, c.alpha, c.tolerance);
     }
     // The variance stays what the series has: 1 / (1 - 0.7^2) for unit innovations.
     EXPECT_TRUE(isNear(fitAr1(cases[0].x).variance, 1.0 / 0.51, 0.0, 0.05));
@@ -149,26 +90,21 @@ TEST(Ar1Fit, EstimatesAlphaAndFallsBackToWhiteNoise) {
 
 // The background must lie on the estimates the run makes, in their units
 // (one-sided density times dT): on white noise at 2 sigma2 dT, on red noise on
-// the AR(1) spectrum. Median ratio estimate / background over bins 2 ..
-// (the mean of chi2_nu / nu is 1, its median a little lower for small nu).
+// the AR(1) spectrum. Median ratio estimate / background over bins 1 ..: the
+// median of chi2_nu / nu is about (1 - 2 / (9 nu))^3 (Wilson-Hilferty).
 TEST(RedNoiseBackground, LiesOnTheFourierAndBurgEstimatesOfTheRun) {
-    struct Case {
-        double phi, sigma, deltaT;
-    };
-    const Case cases[] = {{0.0, 2.0, 0.5}, {0.7, 1.0, 1.0}, {0.7, 0.1, 3.0}};
-    for (const Case& c : cases) {
-        const auto x = test::ar2Noise(8192, c.phi, 0.0, c.sigma, 77);
-        const std::vector<float> signal = test::toFloat(x);
-        const SpectrumSignificance four =
-            fourierSignificance(signal, 2048, 2048, 1, c.deltaT, 0.95);
-        const SpectrumSignificance burg = burgBackground(signal, 8192, c.deltaT);
-        if (c.phi == 0.0) {
-            // White noise: alpha near 0 and a background flat at 2 sigma2 dT.
+    const double cases[][3] = {{0.0, 2.0, 0.5}, {0.7, 1.0, 1.0}, {0.7, 0.1, 3.0}}; // phi, sigma, dT
+    for (const auto& [phi, sigma, deltaT] : cases) {
+        SCOPED_TRACE(phi);
+        const std::vector<float> signal = test::toFloat(test::ar2Noise(8192, phi, 0.0, sigma, 77));
+        const SpectrumSignificance four = fourierSignificance(signal, 2048, 2048, 1, deltaT, 0.95);
+        const SpectrumSignificance burg = burgBackground(signal, 8192, deltaT);
+        if (phi == 0.0) { // alpha near 0 and a flat background
             EXPECT_LT(std::abs(four.fit.lag1), 3.0 / std::sqrt(8192.0));
             const auto [lo, hi] =
                 std::minmax_element(four.background.begin() + 1, four.background.end());
-            EXPECT_TRUE(isNear(*lo, 2 * c.sigma * c.sigma * c.deltaT, 0.0, 0.07));
-            EXPECT_TRUE(isNear(*hi, 2 * c.sigma * c.sigma * c.deltaT, 0.0, 0.07));
+            EXPECT_TRUE(isNear(*lo, 2 * sigma * sigma * deltaT, 0.0, 0.07));
+            EXPECT_TRUE(isNear(*hi, 2 * sigma * sigma * deltaT, 0.0, 0.07));
         }
         std::vector<float> spFour(1024), spAR(4096);
         backgroundSpectrum(signal, 2048, 2048, 1, spFour);
@@ -176,79 +112,54 @@ TEST(RedNoiseBackground, LiesOnTheFourierAndBurgEstimatesOfTheRun) {
         const auto medianRatio = [&](const std::vector<float>& sp, const std::vector<double>& bg) {
             std::vector<double> r;
             for (std::size_t i = 1; i < sp.size(); ++i)
-                r.push_back(sp[i] * c.deltaT / bg[i]);
+                r.push_back(sp[i] * deltaT / bg[i]);
             std::nth_element(r.begin(), r.begin() + r.size() / 2, r.end());
             return r[r.size() / 2];
         };
-        // The median of chi2_nu / nu is about (1 - 2 / (9 nu))^3 (Wilson-Hilferty).
         const double nu = four.dof[512];
-        EXPECT_TRUE(
-            isNear(medianRatio(spFour, four.background), std::pow(1 - 2 / (9 * nu), 3), 0.04))
-            << c.phi;
-        EXPECT_TRUE(isNear(medianRatio(spAR, burg.background), 1.0, 0.1)) << c.phi;
+        EXPECT_NEAR(medianRatio(spFour, four.background), std::pow(1 - 2 / (9 * nu), 3), 0.04);
+        EXPECT_NEAR(medianRatio(spAR, burg.background), 1.0, 0.1);
     }
 }
 
-// ------------------------------------------------------------- calibration
-// 100 AR(1) series, alpha = 0.7, unit innovations, 8192 samples, dT = 1, with
-// the parameters the intake sets for 8192 samples: LengF = 2048 (FftLengFour
-// 2048, 7 windows), MM = 1; a Morlet fragment of the whole series, Smin = 2,
-// Smax = 8192 / 4, 200 rows, of which every fourth is computed (the share above
-// a level is a property of each row, so a subset of the program's rows tests the
-// same levels at a quarter of the cost).
+// 100 AR(1) series, alpha = 0.7, unit innovations, 8192 samples, dT = 1, with the
+// parameters the intake sets for 8192 samples: LengF = 2048 (FftLengFour 2048, 7
+// windows), MM = 1; a Morlet fragment of the whole series, Smin = 2, Smax =
+// 8192 / 4, 200 rows, of which every fourth is computed (the share above a level
+// is a property of each row, so a subset of the program's rows tests the same
+// levels at a quarter of the cost).
+constexpr std::size_t kSamples = 8192;
 
-constexpr std::size_t kSeries = 100, kSamples = 8192;
-
-std::vector<float> redSeries(std::size_t r, double sineAmplitude = 0.0,
-                             double sineFrequency = 0.0) {
-    auto x = test::ar2Noise(kSamples, 0.7, 0.0, 1.0, static_cast<unsigned>(5000 + r));
-    if (sineAmplitude > 0)
-        for (std::size_t t = 0; t < kSamples; ++t)
-            x[t] += sineAmplitude * std::cos(2 * std::numbers::pi * sineFrequency * t);
-    return test::toFloat(x);
-}
-
-std::vector<double> calibrationPeriods() {
-    const std::vector<double> all = morletPeriods(2.0f, static_cast<float>(kSamples / 4.0), 200);
-    std::vector<double> rows;
+// Local cells: 3.7e7 values, so the binomial spread is negligible and the share
+// tests the chi2_2 / 2 law itself: 3-7 % as for the Fourier bins. Global
+// spectrum: 5000 rows, but neighbouring rows of the subset (0.2 octave apart)
+// share much of their band (decorrelation about 0.6 octave, Torrence & Compo,
+// Table 2), so some 1700 independent values: a binomial spread of 0.5 point;
+// eq. 23's nu is itself an empirical fit. 2-8 % allows six standard deviations
+// and still fails a level that misses the expectation by a few per cent (the
+// unfiltered sigma2 P(1 / lambda), 3-6 % low at periods of 2.5-15 samples, puts
+// 12 % of rows above it).
+TEST(RedNoiseCalibration, FourierBinsAndMorletValuesAboveTheLevelsAtTheirNominalShare) {
+    std::vector<double> periods;
+    const std::vector<double> all = morletPeriods(2.0, kSamples / 4.0, 200);
     for (std::size_t i = 0; i < all.size(); i += 4)
-        rows.push_back(all[i]);
-    return rows;
-}
-
-TEST(RedNoiseCalibration, FourierBinsAboveTheLevelsAtTheirNominalShare) {
-    double above95 = 0, above99 = 0, bins = 0;
-    for (std::size_t r = 0; r < kSeries; ++r) {
-        const std::vector<float> signal = redSeries(r);
+        periods.push_back(all[i]);
+    double above95 = 0, above99 = 0, bins = 0, globalAbove = 0, rows = 0, cellsAbove = 0, cells = 0;
+    for (std::size_t r = 0; r < 100; ++r) {
+        const auto signal = test::toFloat(test::ar2Noise(kSamples, 0.7, 0.0, 1.0, 5000 + r));
         std::vector<float> spFour(1024);
         backgroundSpectrum(signal, 2048, 2048, 1, spFour);
         const SpectrumSignificance s95 = fourierSignificance(signal, 2048, 2048, 1, 1.0, 0.95);
         const SpectrumSignificance s99 = fourierSignificance(signal, 2048, 2048, 1, 1.0, 0.99);
-        for (std::size_t i = 1; i < spFour.size(); ++i) { // frequency 0 is not shown
+        for (std::size_t i = 1; i < spFour.size(); ++i, ++bins) { // frequency 0 is not shown
             above95 += spFour[i] > s95.level[i];
             above99 += spFour[i] > s99.level[i];
-            ++bins;
         }
-    }
-    std::cout << "Fourier: share above 95 % level " << above95 / bins << ", above 99 % "
-              << above99 / bins << " (" << bins << " bins)\n";
-    EXPECT_GE(above95 / bins, 0.03);
-    EXPECT_LE(above95 / bins, 0.07);
-    EXPECT_GE(above99 / bins, 0.005);
-    EXPECT_LE(above99 / bins, 0.015);
-}
-
-TEST(RedNoiseCalibration, MorletGlobalSpectrumAndLocalCellsAtTheirNominalShare) {
-    const std::vector<double> periods = calibrationPeriods();
-    double globalAbove = 0, rows = 0, cellsAbove = 0, cells = 0;
-    for (std::size_t r = 0; r < kSeries; ++r) {
-        const std::vector<float> signal = redSeries(r);
-        const std::vector<double> x(signal.begin(), signal.end());
-        const MorletTransform w = morletTransform(x, periods);
+        const MorletTransform w =
+            morletTransform(std::vector<double>(signal.begin(), signal.end()), periods);
         const MorletSignificance s = morletSignificance(signal, periods, 0.95);
-        for (std::size_t i = 0; i < periods.size(); ++i) {
+        for (std::size_t i = 0; i < periods.size(); ++i, ++rows) {
             globalAbove += w.spectrum[i] > s.globalLevel[i];
-            ++rows;
             for (std::size_t t = 0; t < kSamples; ++t)
                 if (periods[i] <= s.cone[t]) {
                     cellsAbove += w.power[i * kSamples + t] > s.localLevel[i];
@@ -256,58 +167,11 @@ TEST(RedNoiseCalibration, MorletGlobalSpectrumAndLocalCellsAtTheirNominalShare) 
                 }
         }
     }
-    std::cout << "Morlet: global share above 95 % level " << globalAbove / rows << " (" << rows
-              << " rows), local " << cellsAbove / cells << " (" << cells
-              << " cells inside the cone)\n";
-    // Local cells: 3.7e7 values, so the binomial spread is negligible and the
-    // share tests the chi2_2 / 2 law itself: 3-7 % as for the Fourier bins.
-    // Global spectrum: 5000 rows, but neighbouring rows of the subset (0.2 octave
-    // apart) share much of their band (decorrelation about 0.6 octave, Torrence &
-    // Compo, Table 2), so some 1700 independent values: a binomial spread of 0.5
-    // point; eq. 23's nu is itself an empirical fit. 2-8 % allows six standard
-    // deviations and still fails a level that misses the expectation by a few
-    // per cent (the unfiltered sigma2 P(1 / lambda), 3-6 % low at periods of
-    // 2.5-15 samples, puts 12 % of rows above it).
-    EXPECT_GE(cellsAbove / cells, 0.03);
-    EXPECT_LE(cellsAbove / cells, 0.07);
-    EXPECT_GE(globalAbove / rows, 0.02);
-    EXPECT_LE(globalAbove / rows, 0.08);
+    EXPECT_NEAR(above95 / bins, 0.05, 0.02);
+    EXPECT_NEAR(above99 / bins, 0.01, 0.005);
+    EXPECT_NEAR(cellsAbove / cells, 0.05, 0.02);
+    EXPECT_NEAR(globalAbove / rows, 0.05, 0.03);
 }
-
-// ------------------------------------------------------------- detection
-
-// A sine of amplitude 0.5 in the same red noise stands above the 95 % level at
-// its frequency in the Fourier estimate and in the Morlet global spectrum.
-TEST(RedNoiseDetection, WeakSineStandsAboveTheLevelInBothEstimates) {
-    const std::vector<double> periods =
-        morletPeriods(2.0f, static_cast<float>(kSamples / 4.0), 200);
-    for (double frequency : {0.1, 0.02}) {
-        const std::vector<float> signal = redSeries(7, 0.5, frequency);
-        std::vector<float> spFour(1024);
-        backgroundSpectrum(signal, 2048, 2048, 1, spFour);
-        const SpectrumSignificance s = fourierSignificance(signal, 2048, 2048, 1, 1.0, 0.95);
-        const auto bin = static_cast<std::size_t>(std::lround(frequency * 2048));
-        EXPECT_GT(spFour[bin], s.level[bin]) << frequency;
-
-        const std::vector<double> x(signal.begin(), signal.end());
-        std::size_t row = 0;
-        for (std::size_t i = 0; i < periods.size(); ++i)
-            if (std::abs(std::log(periods[i] * frequency)) <
-                std::abs(std::log(periods[row] * frequency)))
-                row = i;
-        const std::vector<double> one{periods[row]};
-        const MorletTransform w = morletTransform(x, one);
-        const MorletSignificance m = morletSignificance(signal, one, 0.95);
-        EXPECT_GT(w.spectrum[0], m.globalLevel[0]) << frequency;
-        // The same series without the sine stays below it.
-        const std::vector<float> noise = redSeries(7);
-        const MorletTransform wn =
-            morletTransform(std::vector<double>(noise.begin(), noise.end()), one);
-        EXPECT_LT(wn.spectrum[0], m.globalLevel[0]) << frequency;
-    }
-}
-
-// ----------------------------------------------------- cone of influence
 
 // |W|^2 of a spike follows the wavelet's envelope exp(-(t - t0)^2 / s^2): it falls
 // to e^-2 of its peak at |t - t0| = sqrt(2) s, and the cone gives that row's
@@ -328,14 +192,15 @@ TEST(MorletCone, SpikePowerFallsToEMinusTwoWhereTheConeSays) {
             ++d;
         // Between samples d - 1 and d, interpolated on log |W|^2.
         const double a = std::log(row[t0 + d - 1]), b = std::log(row[t0 + d]);
-        const double distance = static_cast<double>(d) - 1.0 + (a - std::log(threshold)) / (a - b);
-        EXPECT_TRUE(isNear(step * distance, periods[i], step)) << "row " << i;
-        EXPECT_TRUE(isNear(cone[d], periods[i], step)) << "row " << i;
+        const double distance = d - 1.0 + (a - std::log(threshold)) / (a - b);
+        EXPECT_NEAR(step * distance, periods[i], step) << "row " << i;
+        EXPECT_NEAR(cone[d], periods[i], step) << "row " << i;
     }
     // The cone is the Fourier factor of w0 = 6, 1.0330436, over sqrt 2 per sample.
-    EXPECT_TRUE(isNear(morletConeOfInfluence(9)[4], 4 * 1.0330436 / std::numbers::sqrt2, 3e-7));
-    EXPECT_EQ(morletConeOfInfluence(9)[0], 0.0);
-    EXPECT_EQ(morletConeOfInfluence(9)[8], 0.0);
+    const std::vector<double> nine = morletConeOfInfluence(9);
+    EXPECT_NEAR(nine[4], 4 * 1.0330436 / std::numbers::sqrt2, 3e-7);
+    EXPECT_EQ(nine[0], 0.0);
+    EXPECT_EQ(nine[8], 0.0);
 }
 
 // Inside the cone's curve lie exactly the samples the global spectrum averages.
@@ -344,9 +209,8 @@ TEST(MorletCone, EnclosesTheSamplesTheGlobalSpectrumAverages) {
     const std::vector<double> periods = morletPeriods(2.0, n / 4.0, 60);
     const MorletSignificance s = morletSignificance(test::whiteNoise(n, 1.0), periods, 0.95);
     for (std::size_t i = 0; i < periods.size(); ++i) {
-        std::size_t inside = 0;
-        for (double c : s.cone)
-            inside += periods[i] <= c;
+        const auto inside = static_cast<std::size_t>(
+            std::count_if(s.cone.begin(), s.cone.end(), [&](double c) { return periods[i] <= c; }));
         EXPECT_EQ(inside == 0 ? n : inside, s.averaged[i]) << "row " << i;
     }
 }

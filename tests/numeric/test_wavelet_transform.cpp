@@ -1,11 +1,14 @@
-// The periodic transform, the extension, the minimum-entropy choice and the
-// cascade graph (numeric/dwt.h).
+// The periodic transform, the extension, the minimum-entropy choice, the cascade
+// graph (numeric/dwt.h), and threshold filtering with the Donoho-Johnstone level
+// (numeric/threshold.h).
 #include "numeric/dwt.h"
+#include "numeric/threshold.h"
 #include "numeric/wavelet_filters.h"
-#include "spectral_support.h"
+#include "numeric_support.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 #include <numeric>
@@ -14,7 +17,9 @@
 namespace tarnic {
 namespace {
 
+using std::numbers::pi;
 using test::allNear;
+using test::energy;
 using test::isNear;
 
 std::vector<double> ramp(std::size_t n) {
@@ -23,62 +28,63 @@ std::vector<double> ramp(std::size_t n) {
     return x;
 }
 
-double energy(std::span<const double> x) {
-    return std::inner_product(x.begin(), x.end(), x.begin(), 0.0);
+// A smooth record: two slow waves and a trend.
+std::vector<double> smooth(std::size_t n) {
+    std::vector<double> x(n);
+    for (std::size_t t = 0; t < n; ++t)
+        x[t] = 10.0 * std::sin(5 * pi * t / n) + 4.0 * std::cos(12 * pi * t / n) + 3.0 * t / n;
+    return x;
 }
 
-TEST(WaveletExtension, WorkingLengthIsTheNextPowerOfTwoFromTwoUp) {
-    EXPECT_EQ(workingLength(0), 2u);
-    EXPECT_EQ(workingLength(1), 2u);
-    EXPECT_EQ(workingLength(2), 2u);
-    EXPECT_EQ(workingLength(3), 4u);
-    EXPECT_EQ(workingLength(32), 32u);
-    EXPECT_EQ(workingLength(1024), 1024u);
-    EXPECT_EQ(workingLength(1025), 2048u);
-    EXPECT_EQ(workingLength(100000), 131072u);
+double rmsDifference(std::span<const double> a, std::span<const double> b) {
+    double sum = 0.0;
+    for (std::size_t i = 0; i < a.size(); ++i)
+        sum += (a[i] - b[i]) * (a[i] - b[i]);
+    return std::sqrt(sum / a.size());
+}
+
+TEST(WaveletExtension, LengthsAreTheNextPowerOfTwoAndLevelsLeaveEightCoefficients) {
+    const std::size_t lengths[][2] = {{0, 2},   {1, 2},       {2, 2},       {3, 4},
+                                      {32, 32}, {1024, 1024}, {1025, 2048}, {100000, 131072}};
+    for (const auto& [n, length] : lengths)
+        EXPECT_EQ(workingLength(n), length) << n;
     EXPECT_EQ(binaryExponent(131072), 17);
     EXPECT_THROW(binaryExponent(12), std::invalid_argument);
+    const std::pair<std::size_t, int> levels[] = {
+        {2, 1}, {16, 1}, {32, 2}, {1024, 7}, {1 << 20, 17}};
+    for (const auto& [length, count] : levels)
+        EXPECT_EQ(pyramidLevels(length), count) << length;
 }
 
 TEST(WaveletExtension, ReflectsSymmetricallyWithTheSmallerPaddingInFront) {
-    const auto five = ramp(5);
-    ExtendedSignal e = extendSymmetric(five, 8);
-    EXPECT_EQ(e.offset, 1u);
-    EXPECT_EQ(e.values, (std::vector<double>{1, 1, 2, 3, 4, 5, 5, 4}));
-    e = extendSymmetric(ramp(6), 8);
-    EXPECT_EQ(e.offset, 1u);
-    EXPECT_EQ(e.values, (std::vector<double>{1, 1, 2, 3, 4, 5, 6, 6}));
-    e = extendSymmetric(five, 16);
-    EXPECT_EQ(e.offset, 5u);
-    EXPECT_EQ(e.values, (std::vector<double>{5, 4, 3, 2, 1, 1, 2, 3, 4, 5, 5, 4, 3, 2, 1, 1}));
-    e = extendSymmetric(ramp(8), 8);
-    EXPECT_EQ(e.offset, 0u);
-    EXPECT_EQ(e.values, ramp(8));
-    e = extendSymmetric(std::vector<double>{7}, 2);
-    EXPECT_EQ(e.values, (std::vector<double>{7, 7}));
-    EXPECT_THROW(extendSymmetric(five, 4), std::invalid_argument);
+    const std::tuple<std::size_t, std::size_t, std::size_t, std::vector<double>> cases[] = {
+        {5, 8, 1, {1, 1, 2, 3, 4, 5, 5, 4}},
+        {6, 8, 1, {1, 1, 2, 3, 4, 5, 6, 6}},
+        {5, 16, 5, {5, 4, 3, 2, 1, 1, 2, 3, 4, 5, 5, 4, 3, 2, 1, 1}},
+        {8, 8, 0, {1, 2, 3, 4, 5, 6, 7, 8}},
+        {1, 2, 0, {1, 1}}};
+    for (const auto& [n, length, offset, values] : cases) {
+        const ExtendedSignal e = extendSymmetric(ramp(n), length);
+        EXPECT_EQ(e.offset, offset) << n << " in " << length;
+        EXPECT_EQ(e.values, values) << n << " in " << length;
+    }
+    EXPECT_THROW(extendSymmetric(ramp(5), 4), std::invalid_argument);
 }
 
-TEST(WaveletStep, HaarStepOfOneToEight) {
-    PeriodicFilterBank haar(scalingFilter(2));
-    std::vector<double> a(4), d(4);
-    haar.analyse(ramp(8), a, d);
-    const double expectedA[] = {2.12132034356, 4.94974746831, 7.77817459305, 10.6066017178};
-    EXPECT_TRUE(allNear(std::span<const double>(a), std::span<const double>(expectedA), 1e-10));
-    for (double v : d)
-        EXPECT_TRUE(isNear(v, -1 / std::numbers::sqrt2, 1e-15));
-}
-
-// A unit impulse at sample 0 shows where each tap lands: approx[o] = h[k] with
-// 2o + k + 1 - L/2 = 0 (mod N). For L = 4: k = 1 at o = 0, k = 3 at o = N/2 - 1.
-TEST(WaveletStep, FiltersAreCentredByTheShiftOneMinusHalfTheLength) {
+// Haar on 1 .. 8 by hand; and a unit impulse at sample 0 shows where each tap
+// lands: approx[o] = h[k] with 2o + k + 1 - L/2 = 0 (mod N), for L = 4 k = 1 at
+// o = 0 and k = 3 at o = N/2 - 1.
+TEST(WaveletStep, HaarByHandAndFiltersCentredByOneMinusHalfTheLength) {
+    std::vector<double> a(4), d(4), x(8, 0.0);
+    PeriodicFilterBank(scalingFilter(2)).analyse(ramp(8), a, d);
+    EXPECT_TRUE(allNear(
+        a, std::vector<double>{2.12132034356, 4.94974746831, 7.77817459305, 10.6066017178}, 1e-10));
+    EXPECT_TRUE(allNear(d, std::vector<double>(4, -1 / std::numbers::sqrt2), 1e-15));
     const auto h = scalingFilter(4);
-    PeriodicFilterBank bank(h);
-    std::vector<double> x(8, 0.0), a(4), d(4);
-    x[0] = 1.0;
-    bank.analyse(x, a, d);
-    EXPECT_EQ(a, (std::vector<double>{h[1], 0.0, 0.0, h[3]}));
     const auto g = waveletFilter(h);
+    x[0] = 1.0;
+    PeriodicFilterBank(h).analyse(x, a, d);
+    EXPECT_EQ(a, (std::vector<double>{h[1], 0.0, 0.0, h[3]}));
     EXPECT_EQ(d, (std::vector<double>{g[1], 0.0, 0.0, g[3]}));
 }
 
@@ -88,8 +94,8 @@ class EveryWavelet : public ::testing::TestWithParam<std::int32_t> {
 };
 
 // Orthonormal for every even length, also shorter than the filter, where the
-// periodic filters wrap around more than once.
-TEST_P(EveryWavelet, StepPreservesEnergyAndInvertsExactly) {
+// periodic filters wrap around more than once; and six levels of the pyramid.
+TEST_P(EveryWavelet, StepAndPyramidPreserveEnergyAndInvertExactly) {
     PeriodicFilterBank bank(h);
     for (std::size_t n : {2u, 4u, 6u, 8u, 10u, 64u, 250u}) {
         const auto x = test::whiteNoise(n, 1.0, static_cast<unsigned>(n));
@@ -97,12 +103,8 @@ TEST_P(EveryWavelet, StepPreservesEnergyAndInvertsExactly) {
         bank.analyse(x, a, d);
         EXPECT_TRUE(isNear(energy(a) + energy(d), energy(x), 0.0, 1e-13)) << "n " << n;
         bank.synthesise(a, d, back);
-        EXPECT_TRUE(allNear(std::span<const double>(back), std::span<const double>(x), 1e-13))
-            << "n " << n;
+        EXPECT_TRUE(allNear(back, x, 1e-13)) << "n " << n;
     }
-}
-
-TEST_P(EveryWavelet, PyramidInvertsExactly) {
     const auto x = test::whiteNoise(512, 3.0, 11);
     const WaveletPyramid p = forwardTransform(x, h, 6);
     ASSERT_EQ(p.details.size(), 6u);
@@ -113,180 +115,185 @@ TEST_P(EveryWavelet, PyramidInvertsExactly) {
     for (const auto& d : p.details)
         e += energy(d);
     EXPECT_TRUE(isNear(e, energy(x), 0.0, 1e-13));
-    const auto back = inverseTransform(p, h);
-    EXPECT_TRUE(allNear(std::span<const double>(back), std::span<const double>(x), 1e-12));
+    EXPECT_TRUE(allNear(inverseTransform(p, h), x, 1e-12));
+}
+
+// The cascade's wavelet sampled at level 10 and the graph over the filter's
+// support (2048 points, trapezoid rule) both have unit norm and zero mean.
+TEST_P(EveryWavelet, CascadeAndGraphAreNormalisedWavelets) {
+    const auto psi = cascade(h, 10, CascadeFunction::Wavelet);
+    EXPECT_NEAR(energy(psi) * 0x1p-10, 1.0, 1e-12);
+    EXPECT_NEAR(std::accumulate(psi.begin(), psi.end(), 0.0) * 0x1p-10, 0.0, 1e-12);
+    const auto graph = waveletGraph(h, 2048);
+    ASSERT_EQ(graph.size(), 2048u);
+    const double dx = (h.size() - 1.0) / 2047;
+    const double ends = 0.5 * (graph.front() + graph.back()) * dx;
+    EXPECT_NEAR(std::accumulate(graph.begin(), graph.end(), 0.0) * dx - ends, 0.0, 0.02);
+    const double endSquares = 0.5 * (graph.front() * graph.front() + graph.back() * graph.back());
+    EXPECT_NEAR((energy(graph) - endSquares) * dx, 1.0, 0.02);
+    EXPECT_NEAR(graph.back(), 0.0, 1e-9);
+    const auto [low, high] = std::minmax_element(graph.begin(), graph.end());
+    EXPECT_GT(*high - *low, 1.0);
 }
 
 INSTANTIATE_TEST_SUITE_P(WaveletTransform, EveryWavelet,
                          ::testing::Values(2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 108, 110, 112, 114,
                                            116, 118, 120));
 
-TEST(WaveletPyramid, LevelsLeaveEightApproximationCoefficients) {
-    EXPECT_EQ(pyramidLevels(2), 1);
-    EXPECT_EQ(pyramidLevels(16), 1);
-    EXPECT_EQ(pyramidLevels(32), 2);
-    EXPECT_EQ(pyramidLevels(1024), 7);
-    EXPECT_EQ(pyramidLevels(1u << 20), 17);
+TEST(WaveletCascade, FourCoefficientScalingFunctionAtOneAndTheHaarWavelet) {
+    // Value k is drawn at t = (k + 1) / 2^level: t = 1 is value 2^level - 1, where
+    // the scaling function is (1 + sqrt 3) / 2.
+    const auto h = scalingFilter(4);
+    const double exact = (1 + std::sqrt(3.0)) / 2;
+    const auto level5 = cascade(h, 5, CascadeFunction::Scaling);
+    EXPECT_EQ(level5.size(), 3u * 31 + 1);
+    EXPECT_NEAR(level5[31], 1.3546, 5e-5);
+    const auto level12 = cascade(h, 12, CascadeFunction::Scaling);
+    EXPECT_NEAR(level12[4095], 1.36594, 5e-6);
+    EXPECT_LT(std::abs(level12[4095] - exact), std::abs(level5[31] - exact) / 100);
+    EXPECT_TRUE(allNear(cascade(scalingFilter(2), 3, CascadeFunction::Wavelet),
+                        std::vector<double>{1, 1, 1, 1, -1, -1, -1, -1}, 1e-15));
 }
 
-// ---------------------------------------------------------------------------
-// Minimum entropy
-// ---------------------------------------------------------------------------
-
-// Haar atoms: a pair (1, -1) at samples 2o, 2o+1 is one level-1 coefficient.
-std::vector<double> haarAtoms(std::size_t n, std::initializer_list<std::size_t> pairs,
-                              std::initializer_list<double> sizes) {
-    std::vector<double> x(n, 0.0);
-    auto size = sizes.begin();
-    for (std::size_t o : pairs) {
-        x[2 * o] = *size;
-        x[2 * o + 1] = -*size++;
-    }
-    return x;
-}
-
+// Haar atoms: a pair (s, -s) at samples 2o, 2o+1 is one level-1 coefficient. One
+// coefficient costs nothing, whatever its size; two, three equal ones ln 2, ln 3;
+// unequal ones -sum p ln p, p = 0.8, 0.2. A step at the middle has no details for
+// Haar, many for a long filter.
 TEST(WaveletEntropy, EachLevelCountsItsOwnSpread) {
-    const auto haar = scalingFilter(2);
-    // One coefficient carries level 1: nothing to pay, whatever its size.
-    EXPECT_TRUE(isNear(waveletEntropy(haarAtoms(64, {5}, {3.0}), haar), 0.0, 1e-14));
-    // Two, three equal ones: ln 2, ln 3.
-    EXPECT_TRUE(
-        isNear(waveletEntropy(haarAtoms(64, {5, 20}, {1.0, 1.0}), haar), std::log(2.0), 1e-14));
-    EXPECT_TRUE(isNear(waveletEntropy(haarAtoms(64, {5, 20, 30}, {1.0, -1.0, 1.0}), haar),
-                       std::log(3.0), 1e-14));
-    // Unequal ones: -sum p ln p with p = 0.8, 0.2.
-    const double p = 0.8;
-    EXPECT_TRUE(isNear(waveletEntropy(haarAtoms(64, {1, 9}, {2.0, 1.0}), haar),
-                       -p * std::log(p) - (1 - p) * std::log(1 - p), 1e-14));
-    // A step at the middle: no details at all for Haar, many for a long filter.
+    const auto atoms = [](std::vector<std::pair<std::size_t, double>> pairs) {
+        std::vector<double> x(64, 0.0);
+        for (const auto& [o, size] : pairs) {
+            x[2 * o] = size;
+            x[2 * o + 1] = -size;
+        }
+        return waveletEntropy(x, scalingFilter(2));
+    };
+    EXPECT_NEAR(atoms({{5, 3.0}}), 0.0, 1e-14);
+    EXPECT_NEAR(atoms({{5, 1.0}, {20, 1.0}}), std::log(2.0), 1e-14);
+    EXPECT_NEAR(atoms({{5, 1.0}, {20, -1.0}, {30, 1.0}}), std::log(3.0), 1e-14);
+    EXPECT_NEAR(atoms({{1, 2.0}, {9, 1.0}}), -0.8 * std::log(0.8) - 0.2 * std::log(0.2), 1e-14);
     std::vector<double> step(64, 1.0);
     std::fill(step.begin() + 32, step.end(), -1.0);
-    EXPECT_TRUE(isNear(waveletEntropy(step, haar), 0.0, 1e-14));
+    EXPECT_NEAR(waveletEntropy(step, scalingFilter(2)), 0.0, 1e-14);
     EXPECT_GT(waveletEntropy(step, scalingFilter(8)), 1.0);
-}
-
-TEST(WaveletEntropy, IgnoresOffsetAndScaleAndIsZeroForAConstant) {
-    const auto x = test::ar2Noise(1000, 0.9, -0.2, 1.0, 5);
-    std::vector<double> y(x.size());
-    for (std::size_t i = 0; i < x.size(); ++i)
-        y[i] = 250.0 - 7.5 * x[i];
-    for (std::int32_t code : {2, 8, 116}) {
-        const auto h = scalingFilter(code);
-        EXPECT_TRUE(isNear(waveletEntropy(y, h), waveletEntropy(x, h), 1e-10, 1e-10)) << code;
-    }
     EXPECT_EQ(waveletEntropy(std::vector<double>(100, 3.25), scalingFilter(20)), 0.0);
 }
 
 // Gaussian white noise spreads over all coefficients of a level: E_j = ln n_j -
-// E[z^2 ln z^2] = ln n_j - (2 - gamma - ln 2) for many coefficients.
-TEST(WaveletEntropy, WhiteNoiseCostsTheGaussianEntropyPerLevel) {
+// E[z^2 ln z^2] = ln n_j - (2 - gamma - ln 2) for many coefficients (levels 1 ..
+// 13 hold 2^15 .. 2^3; the mean of z^2 ln z^2 over few strays at the coarse end).
+// Offset and scale of the series change nothing.
+TEST(WaveletEntropy, WhiteNoiseCostsTheGaussianEntropyPerLevelWhateverItsOffsetAndScale) {
     const auto noise = test::whiteNoise(1 << 16, 1.0, 3);
-    const double perLevel = 2 - std::numbers::egamma - std::numbers::ln2; // 0.7297
-    // Levels 1 .. 13 hold 2^15 .. 2^3 coefficients; the deviation of the mean of
-    // z^2 ln z^2 over few coefficients grows at the coarse end.
+    std::vector<double> moved(noise.size());
+    for (std::size_t i = 0; i < noise.size(); ++i)
+        moved[i] = 250.0 - 7.5 * noise[i];
     double expected = 0.0;
     for (int j = 1; j <= 13; ++j)
-        expected += std::log(std::ldexp(1.0, 16 - j)) - perLevel;
-    for (std::int32_t code : {2, 8, 120})
-        EXPECT_TRUE(isNear(waveletEntropy(noise, scalingFilter(code)), expected, 0.5)) << code;
+        expected += (16 - j) * std::numbers::ln2 - (2 - std::numbers::egamma - std::numbers::ln2);
+    for (std::int32_t code : {2, 8, 120}) {
+        const double e = waveletEntropy(noise, scalingFilter(code));
+        EXPECT_NEAR(e, expected, 0.5) << code;
+        EXPECT_TRUE(isNear(waveletEntropy(moved, scalingFilter(code)), e, 1e-10, 1e-10)) << code;
+    }
 }
 
-// Random levels held over blocks, and a few steps at random places: every jump
-// costs Haar one coefficient per level, a filter of L coefficients L/2 of them.
-TEST(MinimumEntropyWavelet, PiecewiseConstantSeriesChoosesHaar) {
+// Blocks of random levels and a few steps cost Haar one coefficient per level and
+// jump, a filter of L coefficients L/2 of them; a smooth series costs a long
+// filter least. The parallel evaluation gives the serial argmin, first code on
+// ties.
+TEST(MinimumEntropyWavelet, ChoosesHaarForStepsALongFilterForSmoothSeriesAndTheSerialMinimum) {
     const auto levels = test::whiteNoise(3000, 1.0, 8);
+    const std::pair<double, double> jumps[] = {{0.13, 2.0}, {0.31, -3.0}, {0.47, 1.5}, {0.8, -2.0}};
     for (std::size_t n : {1000u, 3000u, 4096u, 20000u}) {
-        std::vector<double> x(n);
-        for (std::size_t block : {37u, 400u}) {
-            for (std::size_t t = 0; t < n; ++t)
-                x[t] = levels[t / block];
-            EXPECT_EQ(minimumEntropyWaveCode(x), 2) << "blocks of " << block << ", n " << n;
-        }
-        const double jumps[] = {0.13, 0.31, 0.47, 0.66, 0.8}, heights[] = {2, -3, 1.5, 4, -2};
+        std::vector<double> blocks(n), steps(n, 0.0), waves(n);
         for (std::size_t t = 0; t < n; ++t) {
-            x[t] = 0.0;
-            for (int j = 0; j < 5; ++j)
-                if (static_cast<double>(t) >= jumps[j] * static_cast<double>(n)) x[t] += heights[j];
+            blocks[t] = levels[t / 37];
+            for (const auto& [at, height] : jumps)
+                steps[t] += t >= at * n ? height : 0.0;
+            waves[t] = std::sin(2 * pi * 3.3 * t / n + 1) + 0.5 * std::cos(14 * pi * t / n);
         }
-        EXPECT_EQ(minimumEntropyWaveCode(x), 2) << "steps, n " << n;
+        EXPECT_EQ(minimumEntropyWaveCode(blocks), 2) << "n " << n;
+        EXPECT_EQ(minimumEntropyWaveCode(steps), 2) << "n " << n;
+        EXPECT_GE(minimumEntropyWaveCode(waves) % 100, 10) << "n " << n;
     }
-}
-
-TEST(MinimumEntropyWavelet, SmoothSeriesChoosesALongFilter) {
-    for (std::size_t n : {1000u, 3000u, 4096u, 20000u}) {
-        std::vector<double> x(n);
-        for (std::size_t t = 0; t < n; ++t) {
-            const double u = static_cast<double>(t) / static_cast<double>(n);
-            x[t] = std::sin(2 * std::numbers::pi * 3.3 * u + 1) +
-                   0.5 * std::cos(2 * std::numbers::pi * 7 * u);
-        }
-        const std::int32_t code = minimumEntropyWaveCode(x);
-        EXPECT_GE(code % 100, 10) << "n " << n << " chose " << code;
-    }
-}
-
-// The parallel evaluation gives the serial argmin, first code on ties.
-TEST(MinimumEntropyWavelet, AgreesWithTheSerialMinimum) {
     const auto x = test::ar2Noise(5000, 1.6, -0.7, 1.0, 21);
     std::int32_t best = 0;
     double lowest = 1e300;
-    for (std::int32_t code : allWaveCodes()) {
-        const double e = waveletEntropy(x, scalingFilter(code));
-        if (e < lowest) {
+    for (std::int32_t code : allWaveCodes())
+        if (const double e = waveletEntropy(x, scalingFilter(code)); e < lowest) {
             lowest = e;
             best = code;
         }
-    }
     EXPECT_EQ(minimumEntropyWaveCode(x), best);
     EXPECT_EQ(minimumEntropyWaveCode(std::vector<double>(77, -1.0)), 2);
     EXPECT_THROW(minimumEntropyWaveCode(std::vector<double>{}), std::invalid_argument);
 }
 
-// ---------------------------------------------------------------------------
-// Cascade
-// ---------------------------------------------------------------------------
-
-TEST(WaveletCascade, FourCoefficientScalingFunctionAtOne) {
-    const auto h = scalingFilter(4);
-    const double exact = (1 + std::sqrt(3.0)) / 2;
-    // Value k is drawn at t = (k + 1) / 2^level: t = 1 is value 2^level - 1.
-    const auto level5 = cascade(h, 5, CascadeFunction::Scaling);
-    EXPECT_EQ(level5.size(), 3u * 31 + 1);
-    EXPECT_TRUE(isNear(level5[31], 1.3546, 5e-5));
-    const auto level12 = cascade(h, 12, CascadeFunction::Scaling);
-    EXPECT_TRUE(isNear(level12[4095], 1.36594, 5e-6));
-    EXPECT_LT(std::abs(level12[4095] - exact), std::abs(level5[31] - exact) / 100);
-}
-
-TEST(WaveletCascade, HaarWaveletIsPlusOneThenMinusOne) {
-    const auto psi = cascade(scalingFilter(2), 3, CascadeFunction::Wavelet);
-    const double expected[] = {1, 1, 1, 1, -1, -1, -1, -1};
-    EXPECT_TRUE(allNear(std::span<const double>(psi), std::span<const double>(expected), 1e-15));
-}
-
-TEST_P(EveryWavelet, SampledWaveletHasUnitNormAndZeroMean) {
-    constexpr int level = 10;
-    const auto psi = cascade(h, level, CascadeFunction::Wavelet);
-    const double step = std::ldexp(1.0, -level);
-    EXPECT_TRUE(isNear(energy(psi) * step, 1.0, 1e-12));
-    EXPECT_TRUE(isNear(std::accumulate(psi.begin(), psi.end(), 0.0) * step, 0.0, 1e-12));
-}
-
-TEST_P(EveryWavelet, GraphOverTheSupportIsNormalised) {
-    const auto graph = waveletGraph(h, 2048);
-    ASSERT_EQ(graph.size(), 2048u);
-    const double dx = static_cast<double>(h.size() - 1) / 2047;
-    double sum = 0.0, squares = 0.0;
-    for (std::size_t i = 0; i < graph.size(); ++i) {
-        const double w = (i == 0 || i + 1 == graph.size()) ? 0.5 : 1.0; // trapezoid
-        sum += w * graph[i] * dx;
-        squares += w * graph[i] * graph[i] * dx;
+TEST(ThresholdFilter, RemovesTheRoundedShareOfTheSmallestDetails) {
+    const std::pair<double, std::size_t> counts[] = {{0.0, 0},      {0.25, 250},      {0.2504, 250},
+                                                     {0.2506, 251}, {1.0, 1000},      {7.0, 1000},
+                                                     {-0.5, 0},     {std::nan(""), 0}};
+    for (const auto& [share, count] : counts)
+        EXPECT_EQ(removedCount(share, 1000), count) << share;
+    // Share 0 gives the series back, extended or not.
+    for (std::size_t n : {1u, 2u, 31u, 32u, 1000u, 4096u}) {
+        const auto x = test::ar2Noise(n, 0.9, 0.0, 5.0, 3);
+        for (std::int32_t code : {2, 8, 20, 114})
+            EXPECT_TRUE(allNear(waveletThresholdFilter(x, scalingFilter(code), 0.0), x, 1e-11))
+                << "n " << n << " code " << code;
     }
-    EXPECT_TRUE(isNear(squares, 1.0, 0.02));
-    EXPECT_TRUE(isNear(sum, 0.0, 0.02));
-    EXPECT_TRUE(isNear(graph.back(), 0.0, 1e-9));
-    const auto [low, high] = std::minmax_element(graph.begin(), graph.end());
-    EXPECT_GT(*high - *low, 1.0);
+    // Without extension (a power-of-two length) the squared error is exactly the
+    // energy of the coefficients removed: the smallest ones of the transform.
+    const std::size_t n = 1024;
+    const auto x = test::plus(smooth(n), test::whiteNoise(n, 1.0, 17));
+    const auto h = scalingFilter(110);
+    std::vector<double> squares;
+    for (const auto& d : forwardTransform(x, h, pyramidLevels(n)).details)
+        for (double v : d)
+            squares.push_back(v * v);
+    std::sort(squares.begin(), squares.end());
+    ASSERT_EQ(squares.size(), n - 8);
+    for (double share : {0.1, 0.5, 0.9, 1.0}) {
+        const double removed = std::accumulate(
+            squares.begin(), squares.begin() + removedCount(share, squares.size()), 0.0);
+        const double error = rmsDifference(x, waveletThresholdFilter(x, h, share));
+        EXPECT_TRUE(isNear(error * error * n, removed, 1e-9, 1e-10)) << share;
+    }
+    // Share 1 keeps only the outline: a constant stays.
+    const std::vector<double> constant(777, -4.25);
+    EXPECT_TRUE(allNear(waveletThresholdFilter(constant, scalingFilter(12), 1.0), constant, 1e-12));
+}
+
+// sigma = median |level-1 details| / 0.6745, lambda = sigma sqrt(2 ln n), and the
+// share of details below lambda; filtering with that share removes most noise.
+TEST(DonohoJohnstone, EstimatesTheNoiseLevelAndItsShareRemovesTheNoise) {
+    const auto clean = smooth(4096);
+    const auto noisy = test::plus(clean, test::whiteNoise(4096, 2.0, 4242));
+    const DonohoJohnstoneLevel level = donohoJohnstoneLevel(noisy, scalingFilter(8));
+    EXPECT_NEAR(level.sigma, 2.0, 0.1);
+    EXPECT_NEAR(level.lambda, level.sigma * std::sqrt(2 * std::log(4096.0)), 1e-12);
+    EXPECT_GT(level.share, 0.8);
+    EXPECT_LT(level.share, 1.0);
+    for (std::int32_t code : {8, 16, 110}) {
+        const double share = donohoJohnstoneLevel(noisy, scalingFilter(code)).share;
+        const auto filtered = waveletThresholdFilter(noisy, scalingFilter(code), share);
+        EXPECT_LT(rmsDifference(filtered, clean), 0.5 * rmsDifference(noisy, clean)) << code;
+    }
+    // Not a power of two, a symlet: within 10 %. Pure noise lies below lambda
+    // almost entirely; without fine details there is nothing to remove.
+    const auto other = test::plus(smooth(3000), test::whiteNoise(3000, 0.5, 99));
+    EXPECT_NEAR(donohoJohnstoneLevel(other, scalingFilter(112)).sigma, 0.5, 0.05);
+    const DonohoJohnstoneLevel noise =
+        donohoJohnstoneLevel(test::whiteNoise(4096, 1.0, 5), scalingFilter(8));
+    EXPECT_NEAR(noise.sigma, 1.0, 0.05);
+    EXPECT_GT(noise.share, 0.999);
+    const DonohoJohnstoneLevel flat =
+        donohoJohnstoneLevel(std::vector<double>(100, 2.0), scalingFilter(2));
+    EXPECT_EQ(flat.sigma, 0.0);
+    EXPECT_EQ(flat.share, 0.0);
+    EXPECT_THROW(donohoJohnstoneLevel(std::vector<double>{}, scalingFilter(2)),
+                 std::invalid_argument);
 }
 
 } // namespace

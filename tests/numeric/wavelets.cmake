@@ -3,7 +3,6 @@ add_executable(test_wavelets
     ${CMAKE_CURRENT_LIST_DIR}/test_wavelet_filters.cpp
     ${CMAKE_CURRENT_LIST_DIR}/test_wavelet_transform.cpp
     ${CMAKE_CURRENT_LIST_DIR}/test_wavelet_packets.cpp
-    ${CMAKE_CURRENT_LIST_DIR}/test_wavelet_threshold.cpp
     ${CMAKE_CURRENT_LIST_DIR}/test_wavelet_exports.cpp
 )
 target_link_libraries(test_wavelets PRIVATE tarnic_numeric GTest::gtest_main ${CMAKE_DL_LIBS})

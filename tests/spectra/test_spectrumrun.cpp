@@ -6,43 +6,29 @@
 
 using namespace tarnic;
 
-TEST(SpectrumClamps, WindowLengthsLieBetween32AndTheSignal) {
-    EXPECT_EQ(ClampWindowLength(2048.9, 5000), 2048);
-    EXPECT_EQ(ClampWindowLength(0, 5000), 32) << "a text that is no number";
-    EXPECT_EQ(ClampWindowLength(20, 5000), 32);
-    EXPECT_EQ(ClampWindowLength(40, 33), 33);
-    EXPECT_EQ(ClampWindowLength(1e12, 5000), 5000) << "too large for 32 bits: the upper clamp";
-}
-
-TEST(SpectrumClamps, TheOrderIsRoundedToAThirdOfTheWindow) {
-    EXPECT_EQ(ClampArOrder(20, 32), 11);
-    EXPECT_EQ(ClampArOrder(11, 32), 11) << "10.67 is less than 11: replaced by 11";
-    EXPECT_EQ(ClampArOrder(10, 32), 10);
-    EXPECT_EQ(ClampArOrder(1000, 2048), 683);
-    EXPECT_EQ(ClampArOrder(2.9, 2048), 2);
-    EXPECT_EQ(ClampArOrder(-0.5, 2048), 1);
-    EXPECT_EQ(ClampArOrder(0, 2048), 1);
-}
-
-TEST(SpectrumClamps, TheRadiusIsCutToAnEighthOfTheWindow) {
-    EXPECT_EQ(ClampRadius(9, 60), 7);
-    EXPECT_EQ(ClampRadius(1000, 2048), 256);
-    EXPECT_EQ(ClampRadius(-1, 2048), 0);
-    EXPECT_EQ(ClampRadius(3.7, 2048), 3);
-}
-
-TEST(SpectrumClamps, TheSamplingIntervalMustBePositive) {
-    EXPECT_EQ(ClampDeltaT(0), 1.0f);
-    EXPECT_EQ(ClampDeltaT(-2), 1.0f);
-    EXPECT_EQ(ClampDeltaT(0.1), 0.1f);
-    EXPECT_EQ(ClampDeltaT(1e300), 1.0f) << "beyond single precision";
+TEST(SpectrumClamps, WindowOrderRadiusAndSamplingInterval) {
+    // Window lengths lie between 32 and the signal; 0 is a text that is no
+    // number, 1e12 too large for 32 bits takes the upper clamp.
+    for (auto [typed, samples, length] : {std::tuple{2048.9, 5000, 2048}, {0.0, 5000, 32},
+                                          {20.0, 5000, 32}, {40.0, 33, 33}, {1e12, 5000, 5000}})
+        EXPECT_EQ(ClampWindowLength(typed, samples), length) << typed;
+    // The order is rounded to a third of the window: 10.67 is less than 11.
+    for (auto [typed, window, order] : {std::tuple{20.0, 32, 11}, {11.0, 32, 11}, {10.0, 32, 10},
+                                        {1000.0, 2048, 683}, {2.9, 2048, 2}, {-0.5, 2048, 1},
+                                        {0.0, 2048, 1}})
+        EXPECT_EQ(ClampArOrder(typed, window), order) << typed << ", " << window;
+    // The radius is cut to an eighth of the window.
+    for (auto [typed, window, radius] : {std::tuple{9.0, 60, 7}, {1000.0, 2048, 256},
+                                         {-1.0, 2048, 0}, {3.7, 2048, 3}})
+        EXPECT_EQ(ClampRadius(typed, window), radius) << typed;
+    // The sampling interval must be positive and fit single precision.
+    for (auto [typed, dT] : {std::pair{0.0, 1.0f}, {-2.0, 1.0f}, {0.1, 0.1f}, {1e300, 1.0f}})
+        EXPECT_EQ(ClampDeltaT(typed), dT) << typed;
 }
 
 TEST(SpectrumGrids, PowersOfTwoAndFrequenciesFromZero) {
-    EXPECT_EQ(TransformSize(32), 32);
-    EXPECT_EQ(TransformSize(33), 64);
-    EXPECT_EQ(TransformSize(2048), 2048);
-    EXPECT_EQ(TransformSize(2049), 4096);
+    for (auto [length, size] : {std::pair{32, 32}, {33, 64}, {2048, 2048}, {2049, 4096}})
+        EXPECT_EQ(TransformSize(length), size) << length;
     const auto grid = FrequencyGrid(64, 0.5f);
     ASSERT_EQ(grid.size(), 32u);
     EXPECT_EQ(grid[0], 0.0f);
@@ -50,26 +36,22 @@ TEST(SpectrumGrids, PowersOfTwoAndFrequenciesFromZero) {
     EXPECT_EQ(grid[31], static_cast<float>(31.0 / 32.0)) << "one step below the Nyquist 1/(2 dT)";
 }
 
-TEST(ArWindowSearch, TenThousandSamplesWith2048) {
-    const ArWindows w = SearchArWindows(10000, 2048);
-    EXPECT_EQ(w.count, 6);
-    EXPECT_EQ(w.overlap, 458);
-    EXPECT_EQ(w.shift, 1590);
-    EXPECT_EQ((w.count - 1) * w.shift + 1 + 2048 - 1, 9998) << "the last window ends at 9998";
-}
-
-TEST(ArWindowSearch, EdgeCasesOfTheCount) {
-    const ArWindows oneShort = SearchArWindows(2049, 2048);
-    EXPECT_EQ(oneShort.count, 2);
-    EXPECT_EQ(oneShort.shift, 1);
-    const ArWindows first = SearchArWindows(3000, 2048);
-    EXPECT_EQ(first.count, 2);
-    EXPECT_EQ(first.overlap, 1096);
-    EXPECT_EQ(first.shift, 952);
-    // The bound is 99.99995 at 2048: an overlap of exactly 100 stops the search.
-    const ArWindows hundred = SearchArWindows(2048 + 1948 * 4, 2048);
-    EXPECT_EQ(hundred.overlap, 100);
-    EXPECT_EQ(hundred.count, 5);
+TEST(ArWindowSearch, CountOverlapAndShift) {
+    struct {
+        std::int32_t samples, count, overlap, shift;
+    } const cases[] = {
+        {10000, 6, 458, 1590}, // the last window ends at 9998
+        {3000, 2, 1096, 952},
+        {2048 + 1948 * 4, 5, 100, 1948}, // the bound is 99.99995: 100 stops the search
+    };
+    for (const auto& k : cases) {
+        const ArWindows w = SearchArWindows(k.samples, 2048);
+        EXPECT_EQ(w.count, k.count) << k.samples;
+        EXPECT_EQ(w.overlap, k.overlap) << k.samples;
+        EXPECT_EQ(w.shift, k.shift) << k.samples;
+    }
+    EXPECT_EQ(SearchArWindows(2049, 2048).count, 2);
+    EXPECT_EQ(SearchArWindows(2049, 2048).shift, 1);
     for (int n : {33, 100, 4097, 123457, 1000000}) {
         const ArWindows w = SearchArWindows(n, 32);
         EXPECT_GT(w.overlap, 32 * 0.0488281) << n;

@@ -1,0 +1,58 @@
+// Helpers shared by the numeric tests only: Tarnic.dll loaded by name as the
+// program loads it, file names as UTF-16 code units, and small series tools.
+#pragma once
+
+#include "tests/numeric/spectral_support.h"
+
+#include <dlfcn.h>
+
+#include <filesystem>
+#include <numeric>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace tarnic::test {
+
+#ifdef TARNIC_DLL_PATH
+// Tarnic.dll opened at run time; routines resolved by their C names.
+struct Library {
+    Library() : handle(dlopen(TARNIC_DLL_PATH, RTLD_NOW | RTLD_LOCAL)) {}
+    ~Library() {
+        if (handle) dlclose(handle);
+    }
+    Library(const Library&) = delete;
+    Library& operator=(const Library&) = delete;
+    template <typename F> F resolve(const char* name) const {
+        return handle ? reinterpret_cast<F>(dlsym(handle, name)) : nullptr;
+    }
+    void* handle;
+};
+#endif
+
+// A path as the program passes it: its UTF-16 code units, followed by `tail`.
+inline std::vector<std::int16_t> codeUnits(const std::filesystem::path& path,
+                                           std::u16string_view tail = {}) {
+    std::u16string units = path.u16string();
+    units += tail;
+    return {units.begin(), units.end()};
+}
+
+inline double energy(std::span<const double> x) {
+    return std::inner_product(x.begin(), x.end(), x.begin(), 0.0);
+}
+
+inline std::vector<double> plus(std::vector<double> a, std::span<const double> b) {
+    for (std::size_t i = 0; i < a.size(); ++i)
+        a[i] += b[i];
+    return a;
+}
+
+// The running sum of unit white noise.
+inline std::vector<double> randomWalk(std::size_t n, unsigned seed) {
+    std::vector<double> x = whiteNoise(n, 1.0, seed);
+    std::partial_sum(x.begin(), x.end(), x.begin());
+    return x;
+}
+
+} // namespace tarnic::test
