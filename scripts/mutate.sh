@@ -15,7 +15,8 @@
 # The test programs run directly (all cases of a program in one process,
 # stopping at the first failure), then the tests that only ctest runs (the
 # fuzz corpus replay and the install check). The source tree is left exactly as
-# it was, also when the script is interrupted.
+# it was, also when the script is interrupted; while it runs, the tree holds
+# one mutant at a time, so build nothing else from it meanwhile.
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
 build="${1:-$root/build-mutate}"

@@ -73,6 +73,13 @@ TEST(Ar1Fit, EstimatesAlphaAndFallsBackToWhiteNoise) {
     const Case cases[] = {
         {test::ar2Noise(20000, 0.7, 0.0, 1.0, 3), 0.7, 0.015, WhiteNoiseReason::None},
         {test::ar2Noise(20000, 0.3, 0.0, 1.0, 4), 0.3, 0.02, WhiteNoiseReason::None},
+        // An offset changes nothing: the lag product is taken about the mean.
+        {[] {
+             std::vector<double> x = test::ar2Noise(20000, 0.3, 0.0, 1.0, 4);
+             for (double& v : x) v += 1e4;
+             return x;
+         }(),
+         0.3, 0.02, WhiteNoiseReason::None},
         {test::ar2Noise(20000, -0.5, 0.0, 1.0, 5), 0.0, 0.0, WhiteNoiseReason::NegativeCorrelation},
         {test::ar2Noise(15, 0.7, 0.0, 1.0, 6), 0.0, 0.0, WhiteNoiseReason::TooShort},
         {std::vector<double>(100, 3.0), 0.0, 0.0, WhiteNoiseReason::NoVariation},
@@ -85,7 +92,7 @@ TEST(Ar1Fit, EstimatesAlphaAndFallsBackToWhiteNoise) {
     }
     // The variance stays what the series has: 1 / (1 - 0.7^2) for unit innovations.
     EXPECT_TRUE(isNear(fitAr1(cases[0].x).variance, 1.0 / 0.51, 0.0, 0.05));
-    EXPECT_TRUE(isNear(fitAr1(cases[2].x).variance, 1.0 / 0.75, 0.0, 0.05));
+    EXPECT_TRUE(isNear(fitAr1(cases[3].x).variance, 1.0 / 0.75, 0.0, 0.05));
 }
 
 // The background must lie on the estimates the run makes, in their units

@@ -170,6 +170,9 @@ TEST(LocalPolynomialSmooth, MatchesTheDirectWindowFits) {
             allNear(polySmoothed(y, radius, 10), directLocalPolynomial(y, radius, 10), 1e-10))
             << "radius " << radius;
     EXPECT_EQ(polySmoothed(x, 0, 3), x); // radius 0: a copy
+    // An even length with radius n / 2: 2 radius + 1 passes n, one window is all.
+    const std::vector<double> z = whiteNoise(300, 1.0, 13);
+    EXPECT_TRUE(allNear(polySmoothed(z, 150, 3), directLocalPolynomial(z, 150, 3), 1e-10));
 }
 
 TEST(SmoothingDll, ArgumentsComeInTheOrderOfTheBinding) {
