@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <memory>
 #include <utility>
@@ -131,6 +132,40 @@ std::vector<double> autocorrelation(std::span<const double> y, std::size_t maxLa
     return c;
 }
 
+// Block width of the sums below. Each sum is kept in kLanes partial sums that
+// are added in a fixed order at the end, so the compiler may hold them in vector
+// registers (no reassociation is needed) and the result is the same whichever
+// instruction set runs it.
+constexpr std::size_t kLanes = 8;
+
+// GCC notes that returning such a value would change the ABI without AVX; these
+// helpers are inlined into one function and never cross a call.
+#pragma GCC diagnostic ignored "-Wpsabi"
+
+// Four lanes of doubles as one value; the compiler maps them onto whatever
+// vector registers the running clone has (two SSE2 halves or one AVX2 register).
+using Lanes = double __attribute__((vector_size(32)));
+constexpr std::size_t kWidth = 4;
+static_assert(kLanes == 2 * kWidth);
+
+Lanes load(const double* p) {
+    Lanes v;
+    std::memcpy(&v, p, sizeof v);
+    return v;
+}
+void store(double* p, Lanes v) { std::memcpy(p, &v, sizeof v); }
+Lanes splat(double x) { return Lanes{x, x, x, x}; }
+// Adds the two halves' lanes into the kLanes partial sums.
+void addLanes(double* sums, const Lanes (&halves)[2]) {
+    for (std::size_t h = 0; h < 2; ++h)
+        for (std::size_t l = 0; l < kWidth; ++l)
+            sums[h * kWidth + l] += halves[h][l];
+}
+
+double laneTotal(const double* s) {
+    return ((s[0] + s[1]) + (s[2] + s[3])) + ((s[4] + s[5]) + (s[6] + s[7]));
+}
+
 // The reflection coefficients k_1 .. k_order of Burg's recursion for the
 // (already centred) data y, from their autocorrelation and the samples at the
 // two ends (K. Vos, "A Fast Implementation of Burg's Method", 2013). With the
@@ -144,77 +179,159 @@ std::vector<double> autocorrelation(std::span<const double> y, std::size_t maxLa
 // and r holds the boundary-corrected autocorrelations that extend g by one.
 // phi comes out as -a, the same numbers the Levinson update of burgFitClassic()
 // makes from the same k (it is that update). Returns false, leaving the results
-// unspecified, when the error energy falls
-// below the share of the initial energy that the cancellation can still resolve.
+// unspecified, when the error energy falls below the share of the initial
+// energy that the cancellation can still resolve.
+//
+// Layout: every update reads one vector forwards and another backwards (a[i]
+// with a[p - i], g[i] with g[p - i], y from both ends). Each of a, g and y is
+// therefore also kept mirrored (aMirror[last - i] = a[i], ...), so that all
+// accesses run forwards, and r is stored at a base that moves down by one per
+// order, so that its shift costs nothing. Per order two passes remain, both
+// straight loops over contiguous memory that the compiler turns into vector
+// code: (1) the filter update with the new r and the three dot products that
+// need them, (2) the update of g with the two sums of the next order. Before,
+// five passes, two of them backwards, walked the same vectors.
+__attribute__((target_clones("arch=x86-64-v3", "default")))
 bool fastBurg(std::span<const double> y, std::size_t order, std::vector<double>& reflection,
               std::vector<double>& phi) {
     const std::size_t n = y.size();
     const std::vector<double> c = autocorrelation(y, order);
-    std::vector<double> a(order + 1, 0.0), g(order + 2, 0.0), r(order + 1, 0.0);
-    a[0] = 1.0;
-    g[0] = 2.0 * c[0] - y[0] * y[0] - y[n - 1] * y[n - 1];
-    g[1] = 2.0 * c[1];
-    r[0] = 2.0 * c[1];
+    const std::size_t last = order + 1; // the mirrors' last index
+    std::vector<double> aStore(order + 2, 0.0), aMirrorStore(order + 2, 0.0);
+    std::vector<double> gStore(order + 2, 0.0), gMirrorStore(order + 2, 0.0);
+    std::vector<double> rStore(2 * order + 2, 0.0), yMirrorStore(n);
+    double* __restrict a = aStore.data();
+    double* __restrict aMirror = aMirrorStore.data();
+    double* __restrict g = gStore.data();
+    double* __restrict gMirror = gMirrorStore.data();
+    double* __restrict yMirror = yMirrorStore.data();
+    const double* __restrict yf = y.data();
+    for (std::size_t t = 0; t < n; ++t)
+        yMirror[t] = yf[n - 1 - t];
+
+    a[0] = aMirror[last] = 1.0;
+    g[0] = gMirror[last] = 2.0 * c[0] - yf[0] * yf[0] - yf[n - 1] * yf[n - 1];
+    g[1] = gMirror[last - 1] = 2.0 * c[1];
+    std::size_t rBase = order; // r[i] = rStore[rBase + i]
+    rStore[rBase] = 2.0 * c[1];
     const double initialEnergy = g[0];
+    double cross = a[0] * g[1], energy = a[0] * g[0];
     reflection.clear();
     for (std::size_t m = 0; m < order; ++m) {
-        // Sums of the classic recursion at order m + 1: a has m + 1 live terms.
-        double cross0 = 0.0, cross1 = 0.0, energy0 = 0.0, energy1 = 0.0;
-        std::size_t j = 0;
-        for (; j + 2 <= m + 1; j += 2) {
-            cross0 += a[j] * g[m + 1 - j];
-            cross1 += a[j + 1] * g[m - j];
-            energy0 += a[j] * g[j];
-            energy1 += a[j + 1] * g[j + 1];
-        }
-        for (; j <= m; ++j) {
-            cross0 += a[j] * g[m + 1 - j];
-            energy0 += a[j] * g[j];
-        }
-        const double cross = cross0 + cross1, energy = energy0 + energy1;
         if (!(energy > kTrustedEnergyShare * initialEnergy) || std::abs(cross) > energy * (1.0 + 1e-9))
             return false;
         const double k = std::clamp(cross / energy, -1.0, 1.0);
         reflection.push_back(k);
-
-        // a <- a - k * (a reversed over m + 2 places), in pairs from both ends.
-        for (std::size_t lo = 0, hi = m + 1; lo <= hi; ++lo, --hi) {
-            const double alo = a[lo], ahi = a[hi];
-            a[lo] = alo - k * ahi;
-            if (lo != hi) a[hi] = ahi - k * alo;
-            if (hi == 0) break;
-        }
         const std::size_t p = m + 1; // the new order
-        if (p == order) {
+
+        // Pass 1. a <- a - k * (a reversed over p + 1 places); with aRev[i] =
+        // a[p - i] both copies update from the same pair of old values.
+        // r_{i} <- r_{i-1} - y_{i-1} y_p - y_{n-i} y_{n-1-p} (the shift is the
+        // base moving down), r_0 <- 2 c_{p+1}; and the products of the new a with
+        // the p + 1 samples at each end and with the new r.
+        double* __restrict aRev = aMirror + (last - p);
+        const bool lastOrder = p == order;
+        const double yp = yf[p], ytp = yf[n - 1 - p];
+        const double* __restrict head = yMirror + (n - 1 - p); // head[i] = y_{p-i}
+        const double* __restrict tail = yf + (n - 1 - p);      // tail[i] = y_{n-1-p+i}
+        double* __restrict r = rStore.data() + (rBase - 1);    // the new r
+        double headSum[kLanes] = {}, tailSum[kLanes] = {}, edgeSum[kLanes] = {};
+        {
+            const double a0 = a[0], q0 = aRev[0];
+            a[0] = a0 - k * q0;
+            aRev[0] = q0 - k * a0;
+            r[0] = lastOrder ? 0.0 : 2.0 * c[p + 1];
+            headSum[0] = head[0] * a[0];
+            tailSum[0] = tail[0] * a[0];
+            edgeSum[0] = r[0] * a[0];
+        }
+        std::size_t i = 1;
+        {
+            const Lanes kv = splat(k), ypv = splat(yp), ytpv = splat(ytp);
+            Lanes hs[2] = {}, ts[2] = {}, es[2] = {};
+            // One half block: kWidth lanes at j, summed into the h-th accumulators
+            // (named registers, not an indexed array, so they stay in registers).
+            const auto step = [&](std::size_t j, Lanes& hsum, Lanes& tsum, Lanes& esum) {
+                const Lanes ai = load(a + j), qi = load(aRev + j);
+                const Lanes an = ai - kv * qi;
+                store(a + j, an);
+                store(aRev + j, qi - kv * ai);
+                const Lanes rn = load(r + j) - load(yf + j - 1) * ypv - load(yMirror + j - 1) * ytpv;
+                store(r + j, rn);
+                hsum += load(head + j) * an;
+                tsum += load(tail + j) * an;
+                esum += rn * an;
+            };
+            Lanes h0 = {}, h1 = {}, t0 = {}, t1 = {}, e0 = {}, e1 = {};
+            for (; i + kLanes <= p + 1; i += kLanes) {
+                step(i, h0, t0, e0);
+                step(i + kWidth, h1, t1, e1);
+            }
+            hs[0] = h0, hs[1] = h1, ts[0] = t0, ts[1] = t1, es[0] = e0, es[1] = e1;
+            addLanes(headSum, hs);
+            addLanes(tailSum, ts);
+            addLanes(edgeSum, es);
+        }
+        for (std::size_t l = 0; i <= p; ++i, ++l) {
+            const double ai = a[i], qi = aRev[i];
+            const double an = ai - k * qi;
+            a[i] = an;
+            aRev[i] = qi - k * ai;
+            const double rn = r[i] - yf[i - 1] * yp - yMirror[i - 1] * ytp;
+            r[i] = rn;
+            headSum[l] += head[i] * an;
+            tailSum[l] += tail[i] * an;
+            edgeSum[l] += rn * an;
+        }
+        if (lastOrder) {
             phi.assign(order, 0.0);
-            for (std::size_t i = 0; i < order; ++i)
-                phi[i] = -a[i + 1];
+            for (std::size_t j = 0; j < order; ++j)
+                phi[j] = -a[j + 1];
             break;
         }
+        --rBase;
+        const double headDot = laneTotal(headSum), tailDot = laneTotal(tailSum);
+        const double edge = laneTotal(edgeSum);
 
-        // r_{j+1} <- r_j - y_j y_p - y_{n-1-j} y_{n-1-p}, r_0 <- 2 c_{p+1}; with
-        // the products of a with the p + 1 samples at each end, and of a with r.
-        const double* head = y.data();              // y_p, y_{p-1}, .., y_0 = head[p - i]
-        const double* tail = y.data() + (n - 1 - p); // y_{n-1-p} .. y_{n-1} = tail[i]
-        const double yp = y[p], ytp = y[n - 1 - p];
-        for (std::size_t i = p; i > 0; --i)
-            r[i] = r[i - 1] - y[i - 1] * yp - y[n - i] * ytp;
-        r[0] = 2.0 * c[p + 1];
-        double headDot = 0.0, tailDot = 0.0, edge = 0.0;
-        for (std::size_t i = 0; i <= p; ++i) {
-            headDot += head[p - i] * a[i];
-            tailDot += tail[i] * a[i];
-            edge += r[i] * a[i];
+        // Pass 2. g_i <- g_i - k g_{p-i} - y_{p-i} headDot - y_{n-1-p+i} tailDot
+        // for i = 0 .. p, g_{p+1} <- r . a, with gRev[i] = g[p - i] updated from
+        // the same old pair; then the next order's sums
+        //     energy = sum_{i<=p} a_i g_i,  cross = a_0 g_{p+1} + sum_{i<p} a_{i+1} g_{p-i}.
+        double* __restrict gRev = gMirror + (last - p);
+        double energySum[kLanes] = {}, crossSum[kLanes] = {};
+        i = 0;
+        {
+            const Lanes kv = splat(k), hv = splat(headDot), tv = splat(tailDot);
+            const auto step = [&](std::size_t j, Lanes& esum, Lanes& csum) {
+                const Lanes gi = load(g + j), qi = load(gRev + j);
+                const Lanes gn = gi - kv * qi - load(head + j) * hv - load(tail + j) * tv;
+                const Lanes qn = qi - kv * gi - load(yf + j) * hv - load(yMirror + j) * tv;
+                store(g + j, gn);
+                store(gRev + j, qn);
+                esum += load(a + j) * gn;
+                csum += load(a + j + 1) * qn; // a_{p+1} = 0 closes the sum
+            };
+            Lanes e0 = {}, e1 = {}, c0 = {}, c1 = {};
+            for (; i + kLanes <= p + 1; i += kLanes) {
+                step(i, e0, c0);
+                step(i + kWidth, e1, c1);
+            }
+            const Lanes es[2] = {e0, e1}, cs[2] = {c0, c1};
+            addLanes(energySum, es);
+            addLanes(crossSum, cs);
         }
-        // g_j <- g_j - k g_{p-j} - y_{p-j} headDot - y_{n-1-p+j} tailDot, and
-        // g_{p+1} <- r . a.
-        for (std::size_t lo = 0, hi = p; lo <= hi; ++lo, --hi) {
-            const double glo = g[lo], ghi = g[hi];
-            g[lo] = glo - k * ghi - head[p - lo] * headDot - tail[lo] * tailDot;
-            if (lo != hi) g[hi] = ghi - k * glo - head[p - hi] * headDot - tail[hi] * tailDot;
-            if (hi == 0) break;
+        for (std::size_t l = 0; i <= p; ++i, ++l) {
+            const double gi = g[i], qi = gRev[i];
+            const double gn = gi - k * qi - head[i] * headDot - tail[i] * tailDot;
+            const double qn = qi - k * gi - yf[i] * headDot - yMirror[i] * tailDot;
+            g[i] = gn;
+            gRev[i] = qn;
+            energySum[l] += a[i] * gn;
+            crossSum[l] += a[i + 1] * qn;
         }
-        g[p + 1] = edge;
+        g[p + 1] = gMirror[last - p - 1] = edge;
+        energy = laneTotal(energySum);
+        cross = a[0] * edge + laneTotal(crossSum);
     }
     return true;
 }
