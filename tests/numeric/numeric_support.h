@@ -1,15 +1,20 @@
 // Helpers shared by the numeric tests only: Tarnic.dll loaded by name as the
 // program loads it, file names as UTF-16 code units, and small series tools.
+// It also brings the standard headers every numeric test uses.
 #pragma once
 
 #include "tests/numeric/spectral_support.h"
 
 #include <dlfcn.h>
 
+#include <algorithm>
+#include <array>
 #include <filesystem>
+#include <limits>
 #include <numeric>
 #include <span>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace tarnic::test {
@@ -42,6 +47,17 @@ inline double energy(std::span<const double> x) {
     return std::inner_product(x.begin(), x.end(), x.begin(), 0.0);
 }
 
+inline double sum(std::span<const double> x) {
+    return std::accumulate(x.begin(), x.end(), 0.0);
+}
+
+inline double largestMagnitude(std::span<const double> x) {
+    double largest = 0.0;
+    for (double v : x)
+        largest = std::max(largest, std::abs(v));
+    return largest;
+}
+
 inline std::vector<double> plus(std::vector<double> a, std::span<const double> b) {
     for (std::size_t i = 0; i < a.size(); ++i)
         a[i] += b[i];
@@ -53,6 +69,10 @@ inline std::vector<double> randomWalk(std::size_t n, unsigned seed) {
     std::vector<double> x = whiteNoise(n, 1.0, seed);
     std::partial_sum(x.begin(), x.end(), x.begin());
     return x;
+}
+
+inline std::vector<double> toDouble(std::span<const float> x) {
+    return {x.begin(), x.end()};
 }
 
 } // namespace tarnic::test

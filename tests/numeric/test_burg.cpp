@@ -2,21 +2,12 @@
 #include "numeric/burg.h"
 #include "numeric_support.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <numbers>
 #include <optional>
-#include <thread>
-#include <vector>
 
 namespace tarnic {
 namespace {
 
-using test::allFinitePositive;
-using test::allNear;
-using test::isNear;
+using namespace test;
 
 std::vector<double> densityOf(const ArFit& fit, std::size_t nf) {
     std::vector<double> p(nf);
@@ -26,7 +17,7 @@ std::vector<double> densityOf(const ArFit& fit, std::size_t nf) {
 
 std::vector<float> burgOf(std::span<const double> x, std::size_t order, std::size_t nf) {
     std::vector<float> out(nf, -1.0f);
-    burgSpectrum(test::toFloat(x), order, out);
+    burgSpectrum(toFloat(x), order, out);
     return out;
 }
 
@@ -67,25 +58,19 @@ TEST(BurgFit, ExactSmallCases) {
 // ~0.01 at N = 10^4).
 TEST(BurgFit, Ar2FitAndDensityFollowTheModel) {
     const double phi1 = 0.75, phi2 = -0.5;
-    const std::vector<double> x = test::ar2Noise(10000, phi1, phi2);
+    const std::vector<double> x = ar2Noise(10000, phi1, phi2);
     const ArFit fit = burgFit(x, 2, true);
     EXPECT_NEAR(fit.phi[0], phi1, 0.03);
     EXPECT_NEAR(fit.phi[1], phi2, 0.03);
     EXPECT_NEAR(fit.noiseVariance, 1.0, 0.05);
     const std::vector<double> p = densityOf(fit, 1024);
     for (std::size_t i = 0; i < p.size(); i += 32)
-        EXPECT_TRUE(isNear(p[i], 2.0 * test::ar2Density(i / 2048.0, phi1, phi2), 0.0, 0.15)) << i;
+        EXPECT_TRUE(isNear(p[i], 2.0 * ar2Density(i / 2048.0, phi1, phi2), 0.0, 0.15)) << i;
     auto peak = [](double a, double b) {
         return std::acos(-a * (1.0 - b) / (4.0 * b)) / (2.0 * std::numbers::pi);
     };
     EXPECT_LE(std::abs(peakIndex(p) - peak(fit.phi[0], fit.phi[1]) * 2048.0), 0.5);
     EXPECT_LE(std::abs(peakIndex(densityOf(fit, 256)) - peak(phi1, phi2) * 512.0), 1.0);
-    // Order 600 on 1900 samples: every reflection coefficient within the unit circle.
-    const ArFit high = burgFit(std::span(x).first(1900), 600, true);
-    ASSERT_EQ(high.reflection.size(), 600u);
-    for (double k : high.reflection)
-        ASSERT_LE(std::abs(k), 1.0);
-    EXPECT_GT(high.noiseVariance, 0.0);
 }
 
 // Float-rounded data as the program passes them; lengths 2, 3, primes, powers of
@@ -93,9 +78,8 @@ TEST(BurgFit, Ar2FitAndDensityFollowTheModel) {
 // to the length - 1. The guard refuses the fast recursion where it would lose
 // precision, and burgFit then takes the classic one.
 TEST(BurgFit, FastRecursionMatchesTheClassicOneOrRefuses) {
-    std::vector<double> walk = test::whiteNoise(2048, 1.0),
-                        faint = test::whiteNoise(2048, 0.01, 99);
-    const std::vector<double> sine = test::sinusoid(2048, 0.05, 3.0, 0.4);
+    std::vector<double> walk = whiteNoise(2048, 1.0), faint = whiteNoise(2048, 0.01, 99);
+    const std::vector<double> sine = sinusoid(2048, 0.05, 3.0, 0.4);
     double level = 1000.0;
     for (std::size_t t = 0; t < walk.size(); ++t) {
         walk[t] = level += walk[t] + (t % 7 == 0 ? 1.0 : 0.0);
@@ -107,29 +91,26 @@ TEST(BurgFit, FastRecursionMatchesTheClassicOneOrRefuses) {
         std::vector<std::size_t> orders;
         bool fast;
     };
+    // clang-format off
     const Case cases[] = {
-        {"ar2 n=2", test::ar2Noise(2, 0.75, -0.5), {1, 5}, true},
-        {"ar2 n=3", test::ar2Noise(3, 0.75, -0.5), {1, 2}, true},
-        {"ar2 n=13", test::ar2Noise(13, 0.75, -0.5), {1, 2, 4, 12}, true},
-        {"ar2 n=521", test::ar2Noise(521, 0.75, -0.5), {2, 174}, true},
-        {"ar2 n=2048", test::ar2Noise(2048, 0.75, -0.5), {2, 204, 683}, true},
-        {"walk n=2048", walk, {20, 204, 683}, true},
-        {"sine, noise 0.3 %", faint, {10, 204}, true},
-        {"noiseless sine", sine, {3, 204}, false},
-        {"constant", std::vector<double>(64, 2.5), {3}, false},
-    };
+        {"ar2 n=2", ar2Noise(2, 0.75, -0.5), {1, 5}, true},
+        {"ar2 n=3", ar2Noise(3, 0.75, -0.5), {1, 2}, true},
+        {"ar2 n=13", ar2Noise(13, 0.75, -0.5), {1, 2, 4, 12}, true},
+        {"ar2 n=521", ar2Noise(521, 0.75, -0.5), {2, 174}, true},
+        {"ar2 n=2048", ar2Noise(2048, 0.75, -0.5), {2, 204, 683}, true},
+        {"walk n=2048", walk, {20, 204, 683}, true}, {"sine, noise 0.3 %", faint, {10, 204}, true},
+        {"noiseless sine", sine, {3, 204}, false}, {"constant", std::vector(64, 2.5), {3}, false}};
+    // clang-format on
     for (const Case& c : cases)
         for (std::size_t order : c.orders) {
             SCOPED_TRACE(std::string(c.data) + ", order " + std::to_string(order));
-            const std::vector<float> rounded = test::toFloat(c.x);
+            const std::vector<float> rounded = toFloat(c.x);
             const std::vector<double> x(rounded.begin(), rounded.end());
             const ArFit classic = burgFitClassic(x, order, true), chosen = burgFit(x, order, true);
             const std::optional<ArFit> fast = burgFitFast(x, order, true);
             ASSERT_EQ(fast.has_value(), c.fast);
             const ArFit& compared = fast ? *fast : chosen;
-            double largest = 1.0;
-            for (double v : classic.phi)
-                largest = std::max(largest, std::abs(v));
+            const double largest = std::max(1.0, largestMagnitude(classic.phi));
             EXPECT_TRUE(allNear(compared.reflection, classic.reflection, 1e-9));
             EXPECT_TRUE(allNear(compared.phi, classic.phi, 1e-9 * largest));
             EXPECT_TRUE(isNear(compared.noiseVariance, classic.noiseVariance, 0.0, 1e-9));
@@ -150,7 +131,7 @@ TEST(ArDensity, MeanOverTheCircleIsTheMeanSquare) {
     };
     const ArFit ref = burgFit(std::vector<double>{1, 2, 3, 4, 5, 6, 7, -8}, 4, false);
     EXPECT_TRUE(isNear(circleMean(ref, 1024), 25.5, 0.0, 1e-12));
-    const std::vector<double> x = test::ar2Noise(2048, 0.75, -0.5);
+    const std::vector<double> x = ar2Noise(2048, 0.75, -0.5);
     for (std::size_t order : {1u, 20u, 204u}) {
         const ArFit fit = burgFit(x, order, true);
         EXPECT_TRUE(isNear(circleMean(fit, 8192), fit.meanSquare, 0.0, 1e-10)) << order;
@@ -161,31 +142,32 @@ TEST(ArDensity, MeanOverTheCircleIsTheMeanSquare) {
             << order;
     }
     // Order 40 on 8 frequencies: 41 coefficients folded onto a 16-point transform.
-    const ArFit fit = burgFit(test::ar2Noise(400, 0.75, -0.5), 40, true);
+    const ArFit fit = burgFit(ar2Noise(400, 0.75, -0.5), 40, true);
     const std::vector<double> p = densityOf(fit, 8);
     for (std::size_t i = 0; i < p.size(); ++i)
         EXPECT_TRUE(isNear(p[i], 2.0 * directTwoSided(fit, i / 16.0), 0.0, 1e-9)) << i;
 }
 
 TEST(BurgSpectrum, WhiteNoiseFlatAtTwiceTheVarianceAndLinesInPlace) {
-    const std::vector<float> flat = burgOf(test::whiteNoise(8192, 2.0), 10, 512);
+    const std::vector<float> flat = burgOf(whiteNoise(8192, 2.0), 10, 512);
     for (float v : flat)
         ASSERT_TRUE(isNear(v, 8.0, 0.0, 0.25)) << v;
     EXPECT_TRUE(isNear(std::accumulate(flat.begin(), flat.end(), 0.0) / 512, 8.0, 0.0, 0.04));
     for (double f : {0.05, 0.1, 0.3372}) {
-        const std::vector<double> x =
-            test::plus(test::sinusoid(2048, f, 3.0, 0.4), test::whiteNoise(2048, 0.01));
+        const std::vector<double> x = plus(sinusoid(2048, f, 3.0, 0.4), whiteNoise(2048, 0.01));
         EXPECT_LE(std::abs(peakIndex(burgOf(x, 10, 1024)) - f * 2048.0), 1.0) << f;
     }
 }
 
 TEST(BurgSpectrum, DegenerateInputsGiveFinitePositiveValues) {
-    const std::vector<double> line = test::sinusoid(2048, 0.125);
-    EXPECT_TRUE(allFinitePositive(burgOf(test::ar2Noise(1900, 0.75, -0.5), 600, 1024)));
-    EXPECT_TRUE(allFinitePositive(burgOf(line, 10, 1024)));
-    EXPECT_TRUE(allFinitePositive(burgOf(line, 683, 1024)));
-    EXPECT_TRUE(allFinitePositive(burgOf(std::vector<double>(2, 1.0), 5, 16)));
-    EXPECT_TRUE(allFinitePositive(burgOf(std::vector<double>{}, 5, 16)));
+    const std::vector<double> line = sinusoid(2048, 0.125);
+    // clang-format off
+    const std::tuple<std::vector<double>, std::size_t, std::size_t> cases[] = {
+        {ar2Noise(1900, 0.75, -0.5), 600, 1024}, {line, 10, 1024}, {line, 683, 1024},
+        {std::vector<double>(2, 1.0), 5, 16}, {{}, 5, 16}};
+    // clang-format on
+    for (const auto& [x, order, nf] : cases)
+        EXPECT_TRUE(allFinitePositive(burgOf(x, order, nf))) << x.size() << " " << order;
     // A noiseless line: sigma2 and |A| at the line collapse; the guards keep every
     // value positive and at most 2e12 * mean square.
     const ArFit fit = burgFit(std::span(line).first(512), 40, true);
@@ -198,23 +180,6 @@ TEST(BurgSpectrum, DegenerateInputsGiveFinitePositiveValues) {
     EXPECT_TRUE(allFinitePositive(c));
     EXPECT_EQ(*std::min_element(c.begin(), c.end()), *std::max_element(c.begin(), c.end()));
     EXPECT_LT(c[0], 1e-30f);
-}
-
-TEST(BurgSpectrum, ConcurrentCallsGiveTheSerialResults) {
-    // Sizes used nowhere else, so the threads make their plans at the same time.
-    const std::vector<double> x = test::ar2Noise(4096, 0.75, -0.5);
-    const std::vector<std::size_t> sizes{97, 131, 250, 333, 517, 777, 1001, 1500};
-    std::vector<std::vector<float>> parallel(sizes.size());
-    {
-        std::vector<std::jthread> threads;
-        for (std::size_t t = 0; t < sizes.size(); ++t)
-            threads.emplace_back([&, t] {
-                for (int repeat = 0; repeat < 20; ++repeat)
-                    parallel[t] = burgOf(x, 30, sizes[t]);
-            });
-    }
-    for (std::size_t t = 0; t < sizes.size(); ++t)
-        EXPECT_EQ(parallel[t], burgOf(x, 30, sizes[t]));
 }
 
 } // namespace

@@ -5,20 +5,12 @@
 #include "tests/numeric/numeric_support.h"
 
 #include <Eigen/Dense>
-#include <gtest/gtest.h>
-
-#include <cmath>
-#include <numbers>
-#include <stdexcept>
-#include <vector>
 
 namespace tarnic {
 namespace {
 
 using std::numbers::pi;
-using test::plus;
-using test::sinusoid;
-using test::whiteNoise;
+using namespace test;
 
 // 1 - RSS / TSS of c + a cos(2 pi f t) + b sin(2 pi f t), solved as an ordinary
 // 3-column least-squares problem.
@@ -44,12 +36,10 @@ TEST(FitHarmonic, VarianceRatioIsTheExplicitThreeColumnLeastSquares) {
         EXPECT_NEAR(fitHarmonic(y, f).varianceRatio, explicitVarianceRatio(y, f), 1e-10) << f;
     // At f = 1/2 the sine vanishes on every sample; an alternating series is all
     // cosine.
-    std::vector<double> alternating(33);
-    for (std::size_t t = 0; t < alternating.size(); ++t)
-        alternating[t] = 4.0 + (t % 2 == 0 ? 1.5 : -1.5);
+    const std::vector<double> alternating = plus(sinusoid(33, 0.5, 1.5), std::vector(33, 4.0));
     const HarmonicFit fit = fitHarmonic(alternating, 0.5);
     EXPECT_NEAR(fit.varianceRatio, 1.0, 1e-12);
-    EXPECT_TRUE(test::allNear(fit.values, alternating, 1e-12));
+    EXPECT_TRUE(allNear(fit.values, alternating, 1e-12));
 }
 
 // The search grid by closed forms and one FFT, against the direct fit at every
@@ -72,16 +62,14 @@ TEST(VarianceRatioGrid, EqualsTheDirectFitAtEveryGridFrequency) {
 }
 
 TEST(BestFitHarmonic, RecoversAnExactSinusoidWithItsPeriodLevelAmplitudeAndPhase) {
-    std::vector<double> y = sinusoid(300, 1.0 / 23.7, 3.0, 0.4);
-    for (double& v : y)
-        v += 2.0;
+    const std::vector<double> y = plus(sinusoid(300, 1.0 / 23.7, 3.0, 0.4), std::vector(300, 2.0));
     const HarmonicFit fit = bestFitHarmonic(y);
     EXPECT_NEAR(fit.period, 23.7, 23.7e-7);
     EXPECT_NEAR(fit.varianceRatio, 1.0, 1e-10);
     EXPECT_NEAR(fit.amplitude, 3.0, 1e-6);
     EXPECT_NEAR(fit.level, 2.0, 1e-6);
     EXPECT_NEAR(fit.phase, -0.4, 1e-6);
-    EXPECT_TRUE(test::allNear(fit.values, y, 1e-5));
+    EXPECT_TRUE(allNear(fit.values, y, 1e-5));
 }
 
 TEST(BestFitHarmonic, FindsANoisySinusoidWithinOnePercentAndItsShareOfTheVariance) {
@@ -94,17 +82,6 @@ TEST(BestFitHarmonic, FindsANoisySinusoidWithinOnePercentAndItsShareOfTheVarianc
         EXPECT_NEAR(fit.period, period, 0.01 * period);
         EXPECT_NEAR(fit.varianceRatio, 2.0 / 3.0, 0.08) << period;
     }
-}
-
-// On white noise no frequency of the range explains more than the one found.
-TEST(BestFitHarmonic, NoFrequencyOfTheRangeExplainsMore) {
-    const std::vector<double> y = whiteNoise(200, 1.0, 23);
-    const HarmonicFit best = bestFitHarmonic(y);
-    for (int i = 0; i <= 20000; ++i) {
-        const double f = 1.0 / 200.0 + (0.125 - 1.0 / 200.0) * i / 20000.0;
-        ASSERT_GE(best.varianceRatio, fitHarmonic(y, f).varianceRatio - 1e-9) << f;
-    }
-    EXPECT_NEAR(best.varianceRatio, explicitVarianceRatio(y, best.frequency), 1e-10);
 }
 
 // The search runs over periods from 8 samples up to the fragment length, whose
@@ -123,9 +100,8 @@ TEST(BestFitHarmonic, SearchesFromEightSamplesUpToTheFragmentLength) {
 
 TEST(BestFitHarmonic, AConstantOrTooShortSeriesGivesAFlatFit) {
     const HarmonicFit flat = bestFitHarmonic(std::vector<double>(50, 1.25));
-    EXPECT_EQ(flat.varianceRatio, 0.0);
-    EXPECT_EQ(flat.amplitude, 0.0);
-    EXPECT_EQ(flat.period, 50.0);
+    EXPECT_EQ(std::tuple(flat.varianceRatio, flat.amplitude, flat.period),
+              std::tuple(0.0, 0.0, 50.0));
     EXPECT_EQ(flat.values, std::vector<double>(50, 1.25));
     const HarmonicFit tiny = bestFitHarmonic(std::vector<double>{1.0, 2.0, 3.0});
     EXPECT_EQ(tiny.values, std::vector<double>(3, 2.0));
@@ -135,7 +111,7 @@ TEST(BestFitHarmonic, AConstantOrTooShortSeriesGivesAFlatFit) {
 
 TEST(BestFitHarmonicDll, WritesTheHarmonicItsPeriodAndTheVarianceRatio) {
     const std::vector<float> y =
-        test::toFloat(plus(sinusoid(400, 1.0 / 40.0, 2.0, 0.0), whiteNoise(400, 0.1, 24)));
+        toFloat(plus(sinusoid(400, 1.0 / 40.0, 2.0, 0.0), whiteNoise(400, 0.1, 24)));
     std::vector<float> harmonic(400, 0.0f);
     std::int32_t count = 400;
     float amplitude = 0, period = 0, phase = 9, ratio = 0;
@@ -181,7 +157,7 @@ TEST(MaximumWave, PicksTheHighestNeighbouringCrestAndTroughOfCompleteHalfWaves) 
         EXPECT_NEAR(wave.height, c.height, 1e-14);
         EXPECT_NEAR(wave.period, c.period, 1e-12);
 
-        const std::vector<float> f = test::toFloat(c.y);
+        const std::vector<float> f = toFloat(c.y);
         std::int32_t count = static_cast<std::int32_t>(f.size()), first = 0, second = 0;
         float height = -1, period = -1;
         PeakTrough_dll(&count, f.data(), &height, &period, &first, &second);
@@ -192,8 +168,8 @@ TEST(MaximumWave, PicksTheHighestNeighbouringCrestAndTroughOfCompleteHalfWaves) 
     }
 }
 
-TEST(MaximumWave, ASineKeepsItsPeriodAndItsHeightWithinTheSampling) {
-    // Sampled on its peaks: every wave is twice the amplitude high.
+// Sampled on its peaks: every wave of a sine is twice the amplitude high.
+TEST(MaximumWave, ASineSampledOnItsPeaksKeepsItsPeriodAndHeight) {
     const std::vector<double> y = sinusoid(200, 0.05, 2.5, -pi / 2);
     const MaximumWave wave = maximumWave(y);
     EXPECT_TRUE(wave.complete);
@@ -201,11 +177,6 @@ TEST(MaximumWave, ASineKeepsItsPeriodAndItsHeightWithinTheSampling) {
     EXPECT_NEAR(wave.period, 20.0, 1e-9);
     EXPECT_NEAR(y[wave.crest], 2.5, 1e-12);
     EXPECT_EQ(std::max(wave.crest, wave.trough) - std::min(wave.crest, wave.trough), 10u);
-    // A fractional period: the samples miss the peaks by at most half a step.
-    const MaximumWave fractional = maximumWave(sinusoid(466, 1.0 / 23.3, 1.7, 0.3));
-    EXPECT_NEAR(fractional.period, 23.3, 0.233);
-    EXPECT_LE(fractional.height, 3.4);
-    EXPECT_GE(fractional.height, 3.4 * std::cos(pi / 23.3));
 }
 
 } // namespace

@@ -4,19 +4,14 @@
 #include "numeric/tarnic_api.h"
 #include "numeric_support.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
 #include <functional>
-#include <numbers>
-#include <vector>
 
 namespace tarnic {
 namespace {
 
 constexpr double kPi = std::numbers::pi;
 using Curve = std::function<double(double)>;
+using namespace test;
 
 std::vector<double> sampled(std::size_t n, const Curve& f) {
     std::vector<double> x(n);
@@ -54,9 +49,13 @@ TEST(FourierResample, LengthStepAndCapacity) {
     }
     // A step rounded to float, 2.2f, still gives floor(22 / 2.2) = 10.
     EXPECT_EQ(fourierResample(std::vector<double>(22, 0.0), 2.2f, 100).values.size(), 10u);
+    // By hand: positions 1.5, 4, 6.5, 9 of 3 + t/2.
+    EXPECT_TRUE(
+        allNear(fourierResample(sampled(10, [](double t) { return 3 + t / 2; }), 2.5, 4).values,
+                std::vector<double>{3.75, 5.0, 6.25, 7.5}, 1e-13));
     // Step 1 or below gives the record back; a step beyond it, nothing.
-    const std::vector<double> noise = test::ar2Noise(257, 0.75, -0.5);
-    EXPECT_TRUE(test::allNear(fourierResample(noise, 0.5, 1000).values, noise, 1e-12));
+    const std::vector<double> noise = ar2Noise(257, 0.75, -0.5);
+    EXPECT_TRUE(allNear(fourierResample(noise, 0.5, 1000).values, noise, 1e-12));
     EXPECT_TRUE(fourierResample(noise, 300.0, 1000).values.empty());
     EXPECT_TRUE(fourierResample(noise, 2.0, 0).values.empty());
 }
@@ -91,83 +90,73 @@ TEST(FourierResample, EqualsTheKeptBinsSummedAtTheNewPositions) {
     const std::pair<std::size_t, double> cases[] = {{1, 1.0},  {2, 1.0},  {3, 1.5},   {13, 2.5},
                                                     {64, 1.0}, {97, 3.3}, {128, 2.0}, {521, 1.7}};
     for (const auto& [n, step] : cases) {
-        const std::vector<double> x = test::ar2Noise(n, 0.75, -0.5);
+        const std::vector<double> x = ar2Noise(n, 0.75, -0.5);
         const Resampled r = fourierResample(x, step, n);
-        EXPECT_TRUE(test::allNear(r.values, direct(x, r.values.size()), 1e-11)) << "n = " << n;
+        EXPECT_TRUE(allNear(r.values, direct(x, r.values.size()), 1e-11)) << "n = " << n;
     }
 }
 
-TEST(FourierResample, StraightLineStaysStraightAndASlowSinusoidKeepsItsShape) {
-    // The end line takes all of a ramp: no ringing anywhere, ends included.
-    const Curve ramp = [](double t) { return -40.0 + 0.37 * t; };
-    EXPECT_LT(worstError(fourierResample(sampled(1001, ramp), 2.5, 1000), 1001, 0.0, ramp), 1e-11);
-    // By hand: positions 1.5, 4, 6.5, 9 of 3 + t/2.
-    const std::vector<double> y = sampled(10, [](double t) { return 3.0 + 0.5 * t; });
-    EXPECT_TRUE(test::allNear(fourierResample(y, 2.5, 4).values,
-                              std::vector<double>{3.75, 5.0, 6.25, 7.5}, 1e-13));
-    // 0.02 cycles per sample on a trend, not a whole number of periods.
-    const Curve f = [](double t) { return 3.0 * std::cos(2.0 * kPi * 0.02 * t + 0.7) + 0.001 * t; };
-    const std::vector<double> x = sampled(10001, f);
-    for (double step : {2.5, 2.0, 3.7}) {
-        const Resampled r = fourierResample(x, step, 10001);
-        EXPECT_LT(worstError(r, x.size(), 200.0, f), 0.01 * 3.0) << step;
-        EXPECT_LT(worstError(r, x.size(), 0.0, f), 0.05 * 3.0) << step;
-    }
-}
-
-TEST(FourierResample, ContentAboveTheNewNyquistIsRemoved) {
-    // Step 2.5: the new Nyquist frequency is 0.2 cycles per input sample.
+// What the new step can hold comes back, the rest is removed: a slow sinusoid
+// on a trend (not a whole number of periods) within 1 % of its amplitude away
+// from the ends and 5 % at them; of a sum with a component above the new Nyquist
+// frequency (0.2 cycles per input sample for step 2.5) the slow part. Exactly at
+// the new Nyquist frequency of step 2 a component would read (-1)^k cos(pi/4) at
+// positions 2k - 1; its bin enters once for the +- pair, so half of that remains.
+TEST(FourierResample, KeepsWhatTheNewStepCanHoldAndRemovesTheRest) {
+    const Curve slow = [](double t) { return 3 * std::cos(2 * kPi * 0.02 * t + 0.7) + 0.001 * t; };
     const Curve low = [](double t) { return std::cos(2.0 * kPi * 0.02 * t); };
-    for (double high : {0.23, 0.3, 0.45}) {
-        const std::vector<double> x =
-            sampled(10000, [&](double t) { return low(t) + std::cos(2.0 * kPi * high * t + 1.1); });
-        EXPECT_LT(worstError(fourierResample(x, 2.5, 10000), x.size(), 200.0, low), 0.01) << high;
-    }
-    // Exactly at the new Nyquist frequency of step 2 the component would read
-    // (-1)^k cos(pi/4) at positions 2k - 1; its bin enters once for the +- pair,
-    // so half of that remains.
+    const auto withHigh = [&low](double f) {
+        return Curve([&low, f](double t) { return low(t) + std::cos(2.0 * kPi * f * t + 1.1); });
+    };
     const Curve nyquist = [](double t) { return std::cos(kPi * t / 2.0 + kPi / 4.0); };
-    const Curve half = [&](double t) { return 0.5 * nyquist(t); };
-    EXPECT_LT(worstError(fourierResample(sampled(1000, nyquist), 2.0, 1000), 1000, 0.0, half),
-              1e-12);
+    const Curve half = [&nyquist](double t) { return 0.5 * nyquist(t); };
+    // clang-format off
+    const std::tuple<Curve, std::size_t, double, double, Curve, double> cases[] = {
+        {slow, 10001, 2.5, 200, slow, 0.03}, {slow, 10001, 2.0, 200, slow, 0.03},
+        {slow, 10001, 3.7, 200, slow, 0.03}, {slow, 10001, 2.5, 0, slow, 0.15},
+        {slow, 10001, 2.0, 0, slow, 0.15}, {slow, 10001, 3.7, 0, slow, 0.15},
+        {withHigh(0.23), 10000, 2.5, 200, low, 0.01}, {withHigh(0.3), 10000, 2.5, 200, low, 0.01},
+        {withHigh(0.45), 10000, 2.5, 200, low, 0.01}, {nyquist, 1000, 2.0, 0, half, 1e-12}};
+    // clang-format on
+    for (const auto& [input, n, step, margin, kept, tolerance] : cases)
+        EXPECT_LT(worstError(fourierResample(sampled(n, input), step, n), n, margin, kept),
+                  tolerance)
+            << "n " << n << ", step " << step << ", margin " << margin;
 }
 
 // The three spectral routines of Tarnic.dll called as the program calls them:
 // loaded by name at run time, every argument a pointer.
 TEST(SpectralBinding, RoutinesFillWhatTheCallerSized) {
-    const test::Library library;
+    const Library library;
     const auto down = library.resolve<decltype(&DownSample_dll)>("DownSample_dll");
     const auto welch = library.resolve<decltype(&SpectAn_dll)>("SpectAn_dll");
     const auto burg = library.resolve<decltype(&BurgH_dll)>("BurgH_dll");
     ASSERT_TRUE(down && welch && burg);
 
     // Downsampling returns the count and the ratio used, and writes no further.
-    std::vector<float> ramp(1001);
-    for (std::size_t i = 0; i < ramp.size(); ++i)
-        ramp[i] = 0.5f * static_cast<float>(i);
+    const std::vector<float> ramp = toFloat(sampled(1001, [](double t) { return t / 2; }));
     std::int32_t nrec = 1001, outLen = 500; // the program's capacity, Int(1001 / 2)
     float step = 2.5f;
     std::vector<float> y(500, -1.0f);
     down(ramp.data(), &nrec, &step, y.data(), &outLen);
-    EXPECT_EQ(outLen, 400);
-    EXPECT_EQ(step, static_cast<float>(1001.0 / 400.0));
+    EXPECT_EQ(std::pair(outLen, step), std::pair(400, static_cast<float>(1001.0 / 400.0)));
     EXPECT_NEAR(y[399], 500.0, 1e-3); // the last sample
     EXPECT_EQ(y[400], -1.0f);
 
     // The spectra: exactly their counts of positive values, an order beyond the
     // stretch included.
-    const std::vector<float> x = test::toFloat(test::ar2Noise(3000, 0.75, -0.5));
+    const std::vector<float> x = toFloat(ar2Noise(3000, 0.75, -0.5));
     std::int32_t lengF = 60, fft = 64, mm = 7;
     nrec = 3000;
     std::vector<float> four(33, -1.0f);
     welch(x.data(), &nrec, &lengF, &fft, &mm, four.data());
-    EXPECT_TRUE(test::allFinitePositive(std::span(four).first(32)));
+    EXPECT_TRUE(allFinitePositive(std::span(four).first(32)));
     EXPECT_EQ(four[32], -1.0f);
     for (std::int32_t order : {683, 5000}) {
         std::int32_t count = 2048, nf = 1024;
         std::vector<float> ar(1025, -1.0f);
         burg(x.data(), &count, &nf, &order, ar.data());
-        EXPECT_TRUE(test::allFinitePositive(std::span(ar).first(1024)));
+        EXPECT_TRUE(allFinitePositive(std::span(ar).first(1024)));
         EXPECT_EQ(ar[1024], -1.0f);
     }
 }

@@ -3,23 +3,14 @@
 #include "numeric/kernsmooth.h"
 #include "numeric/localpoly.h"
 #include "numeric/tarnic_api.h"
-#include "tests/numeric/spectral_support.h"
+#include "tests/numeric/numeric_support.h"
 
 #include <Eigen/Dense>
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <numeric>
-#include <span>
-#include <stdexcept>
-#include <vector>
 
 namespace tarnic {
 namespace {
 
-using test::allNear;
-using test::whiteNoise;
+using namespace test;
 
 std::vector<double> kernelSmoothed(std::span<const double> x, double radius) {
     std::vector<double> y(x.size());
@@ -154,6 +145,8 @@ TEST(LocalPolynomialSmooth, ReproducesEveryPolynomialUpToTheOrder) {
     EXPECT_TRUE(allNear(polySmoothed(x, 100000, 10), x, 1e-9));
 }
 
+// Windows of over a thousand points build their basis by a recurrence; at an
+// even length with radius n / 2, 2 radius + 1 passes n and one window is all.
 TEST(LocalPolynomialSmooth, MatchesTheDirectWindowFits) {
     const std::vector<double> x = whiteNoise(301, 1.0, 11);
     for (std::size_t radius : {1u, 2u, 5u, 24u, 25u, 40u, 149u, 150u, 151u})
@@ -163,16 +156,15 @@ TEST(LocalPolynomialSmooth, MatchesTheDirectWindowFits) {
                                 directLocalPolynomial(x, radius, order), 1e-10))
                 << "radius " << radius << ", order " << order;
         }
-    // Windows of over a thousand points build their basis by a recurrence.
-    const std::vector<double> y = whiteNoise(1300, 1.0, 12);
-    for (std::size_t radius : {499u, 500u})
+    const std::tuple<std::size_t, unsigned, std::size_t, std::size_t> more[] = {
+        {1300, 12, 499, 10}, {1300, 12, 500, 10}, {300, 13, 150, 3}};
+    for (const auto& [n, seed, radius, order] : more) {
+        const std::vector<double> y = whiteNoise(n, 1.0, seed);
         EXPECT_TRUE(
-            allNear(polySmoothed(y, radius, 10), directLocalPolynomial(y, radius, 10), 1e-10))
-            << "radius " << radius;
+            allNear(polySmoothed(y, radius, order), directLocalPolynomial(y, radius, order), 1e-10))
+            << "n " << n << ", radius " << radius;
+    }
     EXPECT_EQ(polySmoothed(x, 0, 3), x); // radius 0: a copy
-    // An even length with radius n / 2: 2 radius + 1 passes n, one window is all.
-    const std::vector<double> z = whiteNoise(300, 1.0, 13);
-    EXPECT_TRUE(allNear(polySmoothed(z, 150, 3), directLocalPolynomial(z, 150, 3), 1e-10));
 }
 
 TEST(SmoothingDll, ArgumentsComeInTheOrderOfTheBinding) {

@@ -6,21 +6,11 @@
 #include "numeric/wavelet_filters.h"
 #include "numeric_support.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <numbers>
-#include <numeric>
-#include <vector>
-
 namespace tarnic {
 namespace {
 
 using std::numbers::pi;
-using test::allNear;
-using test::energy;
-using test::isNear;
+using namespace test;
 
 std::vector<double> ramp(std::size_t n) {
     std::vector<double> x(n);
@@ -50,9 +40,8 @@ TEST(WaveletExtension, LengthsAreTheNextPowerOfTwoAndLevelsLeaveEightCoefficient
         EXPECT_EQ(workingLength(n), length) << n;
     EXPECT_EQ(binaryExponent(131072), 17);
     EXPECT_THROW(binaryExponent(12), std::invalid_argument);
-    const std::pair<std::size_t, int> levels[] = {
-        {2, 1}, {16, 1}, {32, 2}, {1024, 7}, {1 << 20, 17}};
-    for (const auto& [length, count] : levels)
+    for (const auto& [length, count] :
+         {std::pair<std::size_t, int>{2, 1}, {16, 1}, {32, 2}, {1024, 7}, {1 << 20, 17}})
         EXPECT_EQ(pyramidLevels(length), count) << length;
 }
 
@@ -98,22 +87,22 @@ class EveryWavelet : public ::testing::TestWithParam<std::int32_t> {
 TEST_P(EveryWavelet, StepAndPyramidPreserveEnergyAndInvertExactly) {
     PeriodicFilterBank bank(h);
     for (std::size_t n : {2u, 4u, 6u, 8u, 10u, 64u, 250u}) {
-        const auto x = test::whiteNoise(n, 1.0, static_cast<unsigned>(n));
+        const auto x = whiteNoise(n, 1.0, static_cast<unsigned>(n));
         std::vector<double> a(n / 2), d(n / 2), back(n);
         bank.analyse(x, a, d);
         EXPECT_TRUE(isNear(energy(a) + energy(d), energy(x), 0.0, 1e-13)) << "n " << n;
         bank.synthesise(a, d, back);
         EXPECT_TRUE(allNear(back, x, 1e-13)) << "n " << n;
     }
-    const auto x = test::whiteNoise(512, 3.0, 11);
+    const auto x = whiteNoise(512, 3.0, 11);
     const WaveletPyramid p = forwardTransform(x, h, 6);
     ASSERT_EQ(p.details.size(), 6u);
-    EXPECT_EQ(p.details[0].size(), 256u);
-    EXPECT_EQ(p.details[5].size(), 8u);
-    EXPECT_EQ(p.approximation.size(), 8u);
     double e = energy(p.approximation);
-    for (const auto& d : p.details)
-        e += energy(d);
+    for (std::size_t j = 0; j < 6; ++j) {
+        EXPECT_EQ(p.details[j].size(), 256u >> j);
+        e += energy(p.details[j]);
+    }
+    EXPECT_EQ(p.approximation.size(), 8u);
     EXPECT_TRUE(isNear(e, energy(x), 0.0, 1e-13));
     EXPECT_TRUE(allNear(inverseTransform(p, h), x, 1e-12));
 }
@@ -124,21 +113,18 @@ TEST_P(EveryWavelet, CascadeAndGraphAreNormalisedWavelets) {
     const auto psi = cascade(h, 10, CascadeFunction::Wavelet);
     EXPECT_NEAR(energy(psi) * 0x1p-10, 1.0, 1e-12);
     EXPECT_NEAR(std::accumulate(psi.begin(), psi.end(), 0.0) * 0x1p-10, 0.0, 1e-12);
+    // Plain sums: the end terms the trapezoid rule would halve are below 1e-3.
     const auto graph = waveletGraph(h, 2048);
     ASSERT_EQ(graph.size(), 2048u);
     const double dx = (h.size() - 1.0) / 2047;
-    const double ends = 0.5 * (graph.front() + graph.back()) * dx;
-    EXPECT_NEAR(std::accumulate(graph.begin(), graph.end(), 0.0) * dx - ends, 0.0, 0.02);
-    const double endSquares = 0.5 * (graph.front() * graph.front() + graph.back() * graph.back());
-    EXPECT_NEAR((energy(graph) - endSquares) * dx, 1.0, 0.02);
+    EXPECT_NEAR(sum(graph) * dx, 0.0, 0.02);
+    EXPECT_NEAR(energy(graph) * dx, 1.0, 0.02);
     EXPECT_NEAR(graph.back(), 0.0, 1e-9);
-    const auto [low, high] = std::minmax_element(graph.begin(), graph.end());
-    EXPECT_GT(*high - *low, 1.0);
 }
 
+// Every code of the table (the filter tests pin the list itself).
 INSTANTIATE_TEST_SUITE_P(WaveletTransform, EveryWavelet,
-                         ::testing::Values(2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 108, 110, 112, 114,
-                                           116, 118, 120));
+                         ::testing::ValuesIn(allWaveCodes().begin(), allWaveCodes().end()));
 
 TEST(WaveletCascade, FourCoefficientScalingFunctionAtOneAndTheHaarWavelet) {
     // Value k is drawn at t = (k + 1) / 2^level: t = 1 is value 2^level - 1, where
@@ -184,10 +170,10 @@ TEST(WaveletEntropy, EachLevelCountsItsOwnSpread) {
 // 13 hold 2^15 .. 2^3; the mean of z^2 ln z^2 over few strays at the coarse end).
 // Offset and scale of the series change nothing.
 TEST(WaveletEntropy, WhiteNoiseCostsTheGaussianEntropyPerLevelWhateverItsOffsetAndScale) {
-    const auto noise = test::whiteNoise(1 << 16, 1.0, 3);
-    std::vector<double> moved(noise.size());
-    for (std::size_t i = 0; i < noise.size(); ++i)
-        moved[i] = 250.0 - 7.5 * noise[i];
+    const auto noise = whiteNoise(1 << 16, 1.0, 3);
+    std::vector<double> moved = noise;
+    for (double& v : moved)
+        v = 250.0 - 7.5 * v;
     double expected = 0.0;
     for (int j = 1; j <= 13; ++j)
         expected += (16 - j) * std::numbers::ln2 - (2 - std::numbers::egamma - std::numbers::ln2);
@@ -203,7 +189,7 @@ TEST(WaveletEntropy, WhiteNoiseCostsTheGaussianEntropyPerLevelWhateverItsOffsetA
 // filter least. The parallel evaluation gives the serial argmin, first code on
 // ties.
 TEST(MinimumEntropyWavelet, ChoosesHaarForStepsALongFilterForSmoothSeriesAndTheSerialMinimum) {
-    const auto levels = test::whiteNoise(3000, 1.0, 8);
+    const auto levels = whiteNoise(3000, 1.0, 8);
     const std::pair<double, double> jumps[] = {{0.13, 2.0}, {0.31, -3.0}, {0.47, 1.5}, {0.8, -2.0}};
     for (std::size_t n : {1000u, 3000u, 4096u, 20000u}) {
         std::vector<double> blocks(n), steps(n, 0.0), waves(n);
@@ -217,15 +203,12 @@ TEST(MinimumEntropyWavelet, ChoosesHaarForStepsALongFilterForSmoothSeriesAndTheS
         EXPECT_EQ(minimumEntropyWaveCode(steps), 2) << "n " << n;
         EXPECT_GE(minimumEntropyWaveCode(waves) % 100, 10) << "n " << n;
     }
-    const auto x = test::ar2Noise(5000, 1.6, -0.7, 1.0, 21);
-    std::int32_t best = 0;
-    double lowest = 1e300;
-    for (std::int32_t code : allWaveCodes())
-        if (const double e = waveletEntropy(x, scalingFilter(code)); e < lowest) {
-            lowest = e;
-            best = code;
-        }
-    EXPECT_EQ(minimumEntropyWaveCode(x), best);
+    const auto x = ar2Noise(5000, 1.6, -0.7, 1.0, 21);
+    const auto codes = allWaveCodes();
+    EXPECT_EQ(minimumEntropyWaveCode(x),
+              *std::min_element(codes.begin(), codes.end(), [&](auto a, auto b) {
+                  return waveletEntropy(x, scalingFilter(a)) < waveletEntropy(x, scalingFilter(b));
+              }));
     EXPECT_EQ(minimumEntropyWaveCode(std::vector<double>(77, -1.0)), 2);
     EXPECT_THROW(minimumEntropyWaveCode(std::vector<double>{}), std::invalid_argument);
 }
@@ -238,7 +221,7 @@ TEST(ThresholdFilter, RemovesTheRoundedShareOfTheSmallestDetails) {
         EXPECT_EQ(removedCount(share, 1000), count) << share;
     // Share 0 gives the series back, extended or not.
     for (std::size_t n : {1u, 2u, 31u, 32u, 1000u, 4096u}) {
-        const auto x = test::ar2Noise(n, 0.9, 0.0, 5.0, 3);
+        const auto x = ar2Noise(n, 0.9, 0.0, 5.0, 3);
         for (std::int32_t code : {2, 8, 20, 114})
             EXPECT_TRUE(allNear(waveletThresholdFilter(x, scalingFilter(code), 0.0), x, 1e-11))
                 << "n " << n << " code " << code;
@@ -246,7 +229,7 @@ TEST(ThresholdFilter, RemovesTheRoundedShareOfTheSmallestDetails) {
     // Without extension (a power-of-two length) the squared error is exactly the
     // energy of the coefficients removed: the smallest ones of the transform.
     const std::size_t n = 1024;
-    const auto x = test::plus(smooth(n), test::whiteNoise(n, 1.0, 17));
+    const auto x = plus(smooth(n), whiteNoise(n, 1.0, 17));
     const auto h = scalingFilter(110);
     std::vector<double> squares;
     for (const auto& d : forwardTransform(x, h, pyramidLevels(n)).details)
@@ -269,12 +252,11 @@ TEST(ThresholdFilter, RemovesTheRoundedShareOfTheSmallestDetails) {
 // share of details below lambda; filtering with that share removes most noise.
 TEST(DonohoJohnstone, EstimatesTheNoiseLevelAndItsShareRemovesTheNoise) {
     const auto clean = smooth(4096);
-    const auto noisy = test::plus(clean, test::whiteNoise(4096, 2.0, 4242));
+    const auto noisy = plus(clean, whiteNoise(4096, 2.0, 4242));
     const DonohoJohnstoneLevel level = donohoJohnstoneLevel(noisy, scalingFilter(8));
     EXPECT_NEAR(level.sigma, 2.0, 0.1);
     EXPECT_NEAR(level.lambda, level.sigma * std::sqrt(2 * std::log(4096.0)), 1e-12);
-    EXPECT_GT(level.share, 0.8);
-    EXPECT_LT(level.share, 1.0);
+    EXPECT_TRUE(level.share > 0.8 && level.share < 1.0) << level.share;
     for (std::int32_t code : {8, 16, 110}) {
         const double share = donohoJohnstoneLevel(noisy, scalingFilter(code)).share;
         const auto filtered = waveletThresholdFilter(noisy, scalingFilter(code), share);
@@ -282,16 +264,14 @@ TEST(DonohoJohnstone, EstimatesTheNoiseLevelAndItsShareRemovesTheNoise) {
     }
     // Not a power of two, a symlet: within 10 %. Pure noise lies below lambda
     // almost entirely; without fine details there is nothing to remove.
-    const auto other = test::plus(smooth(3000), test::whiteNoise(3000, 0.5, 99));
+    const auto other = plus(smooth(3000), whiteNoise(3000, 0.5, 99));
     EXPECT_NEAR(donohoJohnstoneLevel(other, scalingFilter(112)).sigma, 0.5, 0.05);
     const DonohoJohnstoneLevel noise =
-        donohoJohnstoneLevel(test::whiteNoise(4096, 1.0, 5), scalingFilter(8));
+        donohoJohnstoneLevel(whiteNoise(4096, 1.0, 5), scalingFilter(8));
     EXPECT_NEAR(noise.sigma, 1.0, 0.05);
     EXPECT_GT(noise.share, 0.999);
-    const DonohoJohnstoneLevel flat =
-        donohoJohnstoneLevel(std::vector<double>(100, 2.0), scalingFilter(2));
-    EXPECT_EQ(flat.sigma, 0.0);
-    EXPECT_EQ(flat.share, 0.0);
+    const DonohoJohnstoneLevel flat = donohoJohnstoneLevel(std::vector(100, 2.0), scalingFilter(2));
+    EXPECT_EQ(std::pair(flat.sigma, flat.share), std::pair(0.0, 0.0));
     EXPECT_THROW(donohoJohnstoneLevel(std::vector<double>{}, scalingFilter(2)),
                  std::invalid_argument);
 }
