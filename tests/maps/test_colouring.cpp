@@ -28,7 +28,7 @@ GridValueText fromTable(std::vector<std::vector<std::string>> rows) {
 
 } // namespace
 
-TEST(BandLookup, AValueOnABorderTakesTheLowerBand) {
+TEST(BandLookup, AValueOnABorderTakesTheLowerBandOneOutsideKeepsThePreviousColour) {
     // zmin 0, zmax 12: the bands are [0,1], [1,2], ... [11,12].
     for (auto [value, band] : {std::pair{1.0, 1}, {1.0000001, 2}, {12.0, 12}, {12.0000001, 0},
                                {-0.0000001, 0}})
@@ -48,9 +48,7 @@ TEST(BandLookup, AValueOnABorderTakesTheLowerBand) {
         EXPECT_EQ(flat12(3.5f), 0xFFFFFFu);
         EXPECT_EQ(flat15(-7.25f), 0x000080u);
     }
-}
-
-TEST(BandLookup, AValueOutsideEveryBandKeepsThePreviousColourBlackAtFirst) {
+    // A value outside every band keeps the previous colour, black at first.
     // With zmin -0.7 and zmax 2.3 (single precision) the twelfth upper bound,
     // built band by band in double precision, ends just below zmax.
     const float zmin = -0.7f, zmax = 2.3f;
@@ -74,53 +72,29 @@ TEST(ColorScaleValue, TopEdgeIsZmaxBottomEdgeIsZminAndLgIsLnOverLnTen) {
     EXPECT_EQ(Lg(1000.0), 2.9999999999999996);
 }
 
-TEST(GridFile, HeaderLinesKeepTheirNumbersApart) {
-    GridHeader h{63, 129, NumText(-4.0f), NumText(4.0f), NumText(-2.5f), NumText(-1.25f),
-                 NumText(2.5f), NumText(3.25f)};
-    EXPECT_EQ(GridHeaderText(h), "DSAA\r\n 63  129 \r\n-4 4\r\n-2.5 -1.25\r\n 2.5 3.25\r\n");
-    h.zlo = NumText(1.0 / 3.0);
-    h.zhi = NumText(-2.0 / 3.0);
-    EXPECT_EQ(GridHeaderText(h).substr(35), " .333333333333333 -.666666666666667\r\n");
-}
-
-TEST(GridFile, ValuesStandInZonesOf14Columns) {
-    auto row = [](std::int32_t nx, GridValueText value) {
-        std::string out;
-        AppendGridRow(out, 1, nx, value);
-        return out;
-    };
-    // Three short values: 42 characters before the line end.
-    EXPECT_EQ(row(3, fromTable({{NumText(1.0f), NumText(2.5f), NumText(-3.0f)}})),
-              padded(" 1") + padded(" 2.5") + padded("-3") + "\r\n");
-    // A 13-character value and its blank fill one zone exactly.
-    EXPECT_EQ(row(2, fromTable({{NumText(-1.234567E-05f), " 1"}})),
-              "-1.234567E-05  1            \r\n");
-    // Double-precision values of 17 characters run over two zones each.
-    EXPECT_EQ(row(3, fromTable({{NumText(1.0 / 3.0), NumText(-2.0 / 3.0), NumText(2.0)}})),
-              padded(" .333333333333333", 28) + padded("-.666666666666667", 28) + padded(" 2") +
-                  "\r\n");
+TEST(GridFile, ValuesStandInZonesOf14ColumnsAndTheFileIsReplacedWhole) {
+    TempDir dir;
+    const auto path = (dir / "g.grd").string();
+    GridHeader h{3, 2, " 10", " 30", "-1", " 1", NumText(1.0 / 3.0), NumText(-2.0 / 3.0)};
+    const std::string header =
+        "DSAA\r\n 3  2 \r\n 10 30\r\n-1 1\r\n .333333333333333 -.666666666666667\r\n";
+    // A 13-character value and its blank fill one zone exactly; 17 characters
+    // of double precision run over two zones.
+    ASSERT_TRUE(WriteGrid(path, h, fromTable({{" 1", NumText(-1.234567E-05f), "-3"},
+                                              {NumText(1.0 / 3.0), NumText(-2.0 / 3.0), " 2.5"}})));
+    EXPECT_EQ(readBytes(path), header + padded(" 1") + "-1.234567E-05 " + padded("-3") + "\r\n" +
+                                   padded(" .333333333333333", 28) +
+                                   padded("-.666666666666667", 28) + padded(" 2.5") + "\r\n");
+    h.ny = 1;
+    ASSERT_TRUE(WriteGrid(path, h, fromTable({{" 7", " 8", " 9"}})));
+    EXPECT_EQ(readBytes(path), "DSAA\r\n 3  1 \r\n" + header.substr(14) + padded(" 7") +
+                                   padded(" 8") + padded(" 9") + "\r\n");
     // 27 characters and the blank end on a zone: no further blanks.
     std::string line;
     AppendGridValue(line, 0, std::string(27, '9'));
     EXPECT_EQ(line.size(), 28u);
-}
-
-TEST(GridFile, WrittenWholeByteForByteAndReplaced) {
-    TempDir dir;
-    GridHeader h{3, 2, " 10", " 30", "-1", " 1", "-.5", " 123456.7"};
-    const auto path = (dir / "g.grd").string();
-    const std::string header = "DSAA\r\n 3  2 \r\n 10 30\r\n-1 1\r\n-.5 123456.7\r\n";
-    ASSERT_TRUE(
-        WriteGrid(path, h, fromTable({{" 1", "-.5", " 2"}, {" 123456.7", " 0", "-1E+07"}})));
-    EXPECT_EQ(readBytes(path), header + padded(" 1") + padded("-.5") + padded(" 2") + "\r\n" +
-                                   padded(" 123456.7") + padded(" 0") + padded("-1E+07") + "\r\n");
-    h.ny = 1;
-    ASSERT_TRUE(WriteGrid(path, h, fromTable({{" 7", " 8", " 9"}})));
-    EXPECT_EQ(readBytes(path), "DSAA\r\n 3  1 \r\n 10 30\r\n-1 1\r\n-.5 123456.7\r\n" +
-                                   padded(" 7") + padded(" 8") + padded(" 9") + "\r\n");
     // A file that cannot be made leaves nothing behind.
-    EXPECT_FALSE(
-        WriteGrid((dir / "missing" / "g.grd").string(), h, fromTable({{" 1", " 2", " 3"}})));
+    EXPECT_FALSE(WriteGrid((dir / "missing" / "g.grd").string(), h, fromTable({{" 1", " 2", " 3"}})));
     EXPECT_FALSE(std::filesystem::exists(dir / "missing"));
 }
 

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <mutex>
 #include <set>
@@ -15,20 +16,19 @@
 using namespace tarnic;
 
 TEST(SvanDefaults, FloorsAndTheShiftSearch) {
-    EXPECT_EQ(SvanDefaultLength(32), 16); // 32 / 8 = 4, raised to 16
-    EXPECT_EQ(SvanDefaultLength(1000), 125);
-    EXPECT_EQ(SvanDefaultLength(100000), 2048);
-    EXPECT_EQ(SvanDefaultOrder(16), 1);
-    EXPECT_EQ(SvanDefaultOrder(2048), 204);
-    EXPECT_EQ(SvanDefaultShift(16), 1);
-    EXPECT_EQ(SearchSvanShift(32, 16).shift, 1); // Int(16 / 20) = 0: no search
-    // From 102 down, the first shift leaving at most 2 samples: 1307 windows
-    // of shift 75 end at sample 99998.
-    EXPECT_EQ(SearchSvanShift(100000, 2048).shift, 75);
+    // 32 / 8 = 4 is raised to 16.
+    EXPECT_EQ(std::tuple(SvanDefaultLength(32), SvanDefaultLength(1000), SvanDefaultLength(100000)),
+              std::tuple(16, 125, 2048));
+    EXPECT_EQ(std::tuple(SvanDefaultOrder(16), SvanDefaultOrder(2048), SvanDefaultShift(16)),
+              std::tuple(1, 204, 1));
+    // For 16 of 32, Int(16 / 20) = 0: no search. From 102 down, the first
+    // shift leaving at most 2 samples: 1307 windows of shift 75 end at sample
+    // 99998; for 1000, 6 leaves 5 samples, 5 none; a tail of 2 is accepted,
+    // one of 3 is not.
+    for (auto [samples, length, shift] : {std::tuple{32, 16, 1}, {100000, 2048, 75}, {1000, 125, 5},
+                                          {60 + 3 * 40 + 2, 60, 3}, {80 + 4 * 10 + 3, 80, 3}})
+        EXPECT_EQ(SearchSvanShift(samples, length).shift, shift) << samples;
     EXPECT_EQ(SearchSvanShift(100000, 2048).count, 1307);
-    EXPECT_EQ(SearchSvanShift(1000, 125).shift, 5);           // 6 leaves 5 samples, 5 none
-    EXPECT_EQ(SearchSvanShift(60 + 3 * 40 + 2, 60).shift, 3); // a tail of 2 is accepted
-    EXPECT_EQ(SearchSvanShift(80 + 4 * 10 + 3, 80).shift, 3); // a tail of 3 is not
 }
 
 TEST(SvanBoxes, StrictReadingTakesOnlyAWholeNumber) {
@@ -71,11 +71,10 @@ TEST(SvanWindows, CountCutVolumeAndRanges) {
     EXPECT_TRUE(SvanVolumeExceeded(15626, 512));
     EXPECT_TRUE(SvanVolumeExceeded(2000000000, 1024)); // no overflow
 
+    // Times 10 + 0.5 * 255 and 10 + 0.5 * (60 * 64 + 255).
     const SvanRanges r = SvanRangesOf({256, 64, 61, 256, 128, 2, 16}, 10.0, 0.5);
-    EXPECT_EQ(r.tmin, 137.5f);  // 10 + 0.5 * 255
-    EXPECT_EQ(r.tmax, 2057.5f); // 10 + 0.5 * (60 * 64 + 255)
-    EXPECT_EQ(r.fmin, 1 / 128.0f);
-    EXPECT_EQ(r.fmax, 127 / 128.0f);
+    EXPECT_EQ(std::tuple(r.tmin, r.tmax, r.fmin, r.fmax),
+              std::tuple(137.5f, 2057.5f, 1 / 128.0f, 127 / 128.0f));
 }
 
 TEST(SvanWindows, ParallelLoopGivesTheMapOfTheWindowsInTurn) {
@@ -89,41 +88,36 @@ TEST(SvanWindows, ParallelLoopGivesTheMapOfTheWindowsInTurn) {
         for (int k = 0; k < points; ++k) out[k] = sum > 0 ? float((k + 1) * (1 + sum + order)) : 0;
     };
     std::vector<float> input(3000);
-    for (std::size_t i = 0; i < input.size(); ++i)
-        input[i] =
-            i < 200 ? 0 : static_cast<float>(std::sin(0.37 * static_cast<double>(i)) * (1 + i % 7));
+    for (std::size_t i = 200; i < input.size(); ++i)
+        input[i] = static_cast<float>(std::sin(0.37 * static_cast<double>(i)) * (1 + i % 7));
     const SvanLayout l{100, 13, 224, 128, 64, 2, 5};
     const double dT = 0.25;
     std::vector<float> map(static_cast<std::size_t>(l.count * l.half)), last(64);
     std::mutex lock;
     std::vector<std::thread::id> callers;
     auto spectrum = [&](float& x, std::int32_t& n, std::int32_t& p, std::int32_t& o, float& out) {
-        {
-            std::lock_guard guard(lock);
-            callers.push_back(std::this_thread::get_id());
-        }
         fake(&x, n, p, o, &out);
+        std::lock_guard guard(lock);
+        callers.push_back(std::this_thread::get_id());
     };
     ComputeSpectraEvolution(input, l, dT, spectrum, map, last);
+    ASSERT_EQ(callers.size(), 224u);
+    EXPECT_EQ(callers.front(), std::this_thread::get_id()) << "window 1 on the calling thread";
+    if (std::thread::hardware_concurrency() > 1)
+        EXPECT_GT(std::set(callers.begin(), callers.end()).size(), 1u) << "the rest on all cores";
 
     // Window w takes the samples (w - 1) * shift + 1 ... of the input; the
     // windows of zeros sit at the floor ln(1e12) below the largest value, not
     // at the logarithm of 0.
-    const double top = *std::max_element(map.begin(), map.end());
-    EXPECT_EQ(map[0], static_cast<float>(top - std::log(1e12)));
+    const double floor = *std::max_element(map.begin(), map.end()) - std::log(1e12);
+    EXPECT_EQ(map[0], static_cast<float>(floor));
     std::vector<float> powers(64);
     for (int w = 1; w <= l.count; ++w) {
         fake(input.data() + (w - 1) * l.shift, l.length, l.half, l.order, powers.data());
         for (std::size_t k = 0; k < 64; ++k)
             ASSERT_EQ(map[static_cast<std::size_t>(w - 1) * 64 + k],
-                      static_cast<float>(std::max(std::log(dT * static_cast<double>(powers[k])),
-                                                  top - std::log(1e12))))
+                      static_cast<float>(std::max(std::log(dT * double(powers[k])), floor)))
                 << "window " << w << ", point " << k + 1;
     }
     EXPECT_EQ(last, powers) << "the spectrum of the last window";
-    ASSERT_EQ(callers.size(), 224u);
-    EXPECT_EQ(callers.front(), std::this_thread::get_id()) << "window 1 on the calling thread";
-    if (std::thread::hardware_concurrency() > 1) {
-        EXPECT_GT(std::set(callers.begin(), callers.end()).size(), 1u) << "the rest on all cores";
-    }
 }

@@ -7,9 +7,8 @@
 
 #include "signal/signalplot.h"
 #include "signal/signalzoomform.h"
+#include "tests/multiscale/fake_multiscale.h"
 #include "tests/signal/window_support.h"
-
-#include <QDir>
 
 #include <dlfcn.h>
 
@@ -50,8 +49,8 @@ class MultiscaleWindow : public MainWindow {
         if (fake_) dlclose(fake_);
     }
 
-    // Starts the workbench with the scratch directory as the current one
-    // and the given sampling interval and start time.
+    // Starts the workbench with the scratch directory as the current one (the
+    // start moves it) and the given sampling interval and start time.
     void startIn(const char* dT = "1", const char* t0 = "0") {
         start();
         QDir::setCurrent(QString::fromStdString(dir.path().string()));
@@ -68,25 +67,24 @@ class MultiscaleWindow : public MainWindow {
         for (int i = 1; i <= n; ++i) z.FragInput(i) = static_cast<float>(f(i));
         z.FragFirstSample = static_cast<float>(first);
         z.FragLastSample = static_cast<float>(first + n - 1);
-        const auto [lo, hi] =
-            std::minmax_element(z.FragInput.vector().begin(), z.FragInput.vector().end());
+        const auto [lo, hi] = std::ranges::minmax_element(z.FragInput.vector());
         z.FragMin = *lo;
         z.FragMax = *hi;
         z.Show();
         QApplication::processEvents();
     }
 
-    // From here on the routines come from the stand-in library.
+    // From here on the routines come from the stand-in library, reset to its
+    // own results.
     void useStandIn() {
         fake_ = dlopen(FAKE_MULTISCALE_DLL_PATH, RTLD_NOW);
         ASSERT_NE(fake_, nullptr) << dlerror();
         TarnicLibrary::instance().setPreferredFile(FAKE_MULTISCALE_DLL_PATH);
         TarnicLibrary::instance().setPlatformSearch(false);
-    }
-    template <class F> F* standIn(const char* name) {
-        void* p = dlsym(fake_, name);
-        EXPECT_NE(p, nullptr) << name;
-        return reinterpret_cast<F*>(p);
+        fakeWtmm = static_cast<FakeWtmm*>(dlsym(fake_, "fakeWtmm"));
+        fakeMfdfa = static_cast<FakeMfdfa*>(dlsym(fake_, "fakeMfdfa"));
+        ASSERT_TRUE(fakeWtmm && fakeMfdfa);
+        *fakeWtmm = {}, *fakeMfdfa = {};
     }
 
     SignalZoomForm& zoom() { return wb->signalZoomForm(); }
@@ -94,6 +92,8 @@ class MultiscaleWindow : public MainWindow {
 
     MessageBoxes messages;
     void* fake_ = nullptr;
+    FakeWtmm* fakeWtmm = nullptr;
+    FakeMfdfa* fakeMfdfa = nullptr;
 };
 
 } // namespace tarnic::test

@@ -21,11 +21,8 @@ std::vector<double> partlyFlat(std::size_t n, const std::function<bool(std::size
 }
 
 TEST(FlatSegments, ShareOfSegmentsWithoutFluctuationPerScale) {
-    const std::vector<double> line = [] {
-        std::vector<double> x(1000);
-        for (std::size_t t = 0; t < x.size(); ++t) x[t] = 0.5 * static_cast<double>(t) - 3.0;
-        return x;
-    }();
+    std::vector<double> line(1000);
+    for (std::size_t t = 0; t < line.size(); ++t) line[t] = 0.5 * static_cast<double>(t) - 3.0;
     const struct {
         const char* what;
         std::vector<double> x;
@@ -71,8 +68,7 @@ TEST(FlatSegments, WarningAboveATenthAndEmptyScalesLeftOutOfRangeAndLines) {
     EXPECT_NEAR(fit.at(3.0), 6.0, 1e-12);
     const std::vector<double> zq{2, 4, 0, 8}; // one q per scale
     const TableRange range = MfdfaTableRange(zq, 1, 4, shares);
-    EXPECT_EQ(range.lo, 2.0);
-    EXPECT_EQ(range.hi, 8.0);
+    EXPECT_EQ(std::pair(range.lo, range.hi), std::pair(2.0, 8.0));
     EXPECT_EQ(MfdfaTableRange(zq, 1, 4).lo, 0.0) << "without shares every scale counts";
 
     // With one scale in use the table cannot be drawn.
@@ -93,8 +89,7 @@ TEST_F(FlatMfdfaWindow, AMostlyFlatFragmentIsAnalysedWithAWarning) {
     MFDFA_formControls& c = wb->mfdfaForm().ui();
     EXPECT_FALSE(c.FlatWarning->isVisible());
     c.LaunchMFDFA_btn->click();
-    EXPECT_TRUE(messages.empty());
-    EXPECT_TRUE(c.SaveFalfa_button->isEnabled());
+    EXPECT_TRUE(messages.empty() && c.SaveFalfa_button->isEnabled());
     ASSERT_TRUE(c.FlatWarning->isVisible());
     EXPECT_TRUE(c.FlatWarning->Caption().contains("have no fluctuating segment"))
         << c.FlatWarning->Caption().toStdString();
@@ -108,10 +103,7 @@ TEST_F(FlatMfdfaWindow, AMostlyFlatFragmentIsAnalysedWithAWarning) {
         pairs += i + 1 < shares.size() && shares[i] < 1.0 && shares[i + 1] < 1.0 ? 1 : 0;
     }
     ASSERT_GT(empty, 0u);
-    std::size_t segments = 0;
-    for (const DrawOp& op : c.ZQtab_Plot->canvas().record())
-        segments += op.kind == DrawKind::Segment ? 1 : 0;
-    EXPECT_EQ(segments, 20 + 20 * pairs);
+    EXPECT_EQ(drawn(*c.ZQtab_Plot, DrawKind::Segment).size(), 20 + 20 * pairs);
     c.Text1->setText("3");
     EXPECT_FALSE(c.FlatWarning->isVisible()) << "a change of a box clears the run";
 }

@@ -28,15 +28,13 @@ ChainStroke dot(int style, std::int32_t at) { return {style, true, at, at}; }
 // ---------------------------------------------------------------------------
 // WTMM parameters
 
-TEST(WtmmParameters, TrendOrderIsTheIntegerPartWithinZeroToTenAndZeroBeyond32Bits) {
-    // 0 also stands for letters; 1e20 falls back to 0 without being clamped to 10.
+TEST(WtmmParameters, TrendOrderWithinZeroToTenZeroBeyond32BitsGammaWithinZeroToOne) {
+    // The order is the integer part; 0 also stands for letters; 1e20 falls
+    // back to 0 without being clamped to 10.
     for (auto [typed, order] : {std::pair{15.0, 10}, {-3.0, 0}, {2.7, 2}, {10.99, 10}, {-0.5, 0},
                                 {0.0, 0}, {1e20, 0}, {2147483647.5, 10}, {kInf, 0}})
         EXPECT_EQ(ReadWtmmTrendOrder(typed), order) << typed;
-}
-
-TEST(WtmmParameters, GammaIsClampedToZeroToOneAndInfinityFallsBack) {
-    // 0.001, below a_min / a_max, is handed over unchanged.
+    // Gamma: 0.001, below a_min / a_max, is handed over unchanged; infinity falls back.
     for (auto [typed, gamma] : {std::pair{1.5, 1.0}, {-0.2, 0.0}, {0.0, 0.0}, {0.25, 0.25},
                                 {0.001, 0.001}, {kInf, 0.25}, {-kInf, 0.25}})
         EXPECT_EQ(ReadWtmmGamma(typed), gamma) << typed;
@@ -108,15 +106,7 @@ TEST(WtmmScratchPlace, ARunTakesPlaceInAPrivateDirectoryThatLeavesNothingBehind)
 // ---------------------------------------------------------------------------
 // The Y range and the checks
 
-TEST(WtmmRange, SeparatorsAndRecordsWithoutATimeDoNotCount) {
-    const WtmmLgRange range = ChainLgRange(
-        Records{{5, 0.5f}, {0, kSep}, {-1, kSep}, {9, 1.75f}, {0, 3.0f}, {7, 0.3125f}});
-    EXPECT_EQ(std::pair(range.min, range.max), std::pair(0.3125f, 1.75f));
-    const WtmmLgRange none = ChainLgRange(Records{{0, kSep}});
-    EXPECT_EQ(std::pair(none.min, none.max), std::pair(1E+35f, -1E+35f));
-}
-
-TEST(WtmmChecks, AFlatFragmentComesFirstThenTheCounts) {
+TEST(WtmmChecks, AFlatFragmentComesFirstThenTheCountsThenTheFileAndItsRange) {
     using V = std::vector<double>;
     const V wavy = {0.0, 1.0, -1.0}, line = {100.0, 200.0, 300.0};
     const Counts none{};
@@ -129,12 +119,14 @@ TEST(WtmmChecks, AFlatFragmentComesFirstThenTheCounts) {
     EXPECT_EQ(CheckWtmmCounts(none, V(3, 0.0), V(3, 0.0)), WtmmProblem::FlatDetrended);
     EXPECT_EQ(CheckWtmmCounts(none, line, V{1e-13, -2e-13, 1e-13}), WtmmProblem::FlatDetrended);
     EXPECT_EQ(CheckWtmmCounts(none, line, V{1e-3, 0.0, -1e-3}), WtmmProblem::NoRecords);
-}
-
-TEST(WtmmChecks, EachUndrawableRunIsNamed) {
-    const std::vector<double> wavy = {0.0, 1.0, -1.0};
-    auto check = [&](WtmmFileStatus status, const Records& records,
-                     const std::vector<double>& detrended) {
+    // Then what was read: each undrawable run is named. Separators and
+    // records without a time take no part in the Y range.
+    const WtmmLgRange range = ChainLgRange(
+        Records{{5, 0.5f}, {0, kSep}, {-1, kSep}, {9, 1.75f}, {0, 3.0f}, {7, 0.3125f}});
+    EXPECT_EQ(std::pair(range.min, range.max), std::pair(0.3125f, 1.75f));
+    const WtmmLgRange empty = ChainLgRange(Records{{0, kSep}});
+    EXPECT_EQ(std::pair(empty.min, empty.max), std::pair(1E+35f, -1E+35f));
+    auto check = [&](WtmmFileStatus status, const Records& records, const V& detrended) {
         return CheckWtmmRun({status, records}, ChainLgRange(records), detrended);
     };
     using enum WtmmFileStatus;
@@ -226,35 +218,23 @@ TEST(MfdfaAxes, TheScaleAxisRunsFromTheMinimumToAFifthOfTheFragment) {
     EXPECT_EQ(other.back(), static_cast<float>(std::log(200.6) / std::log(10.0)));
 }
 
-TEST(MfdfaAxes, TheRegressionLineIsTheLeastSquaresFit) {
+TEST(MfdfaAxes, LeastSquaresLinesAlfaRangeWithoutTheFirstPointAndEveryTenthQ) {
     const std::vector<float> x = {0, 1, 2, 3};
     const RegressionLine exact = MfdfaRegression(x, std::vector<float>{1, 3, 5, 7});
     EXPECT_EQ(std::tuple(exact.xBar, exact.yBar, exact.slope, exact.at(0)),
               std::tuple(1.5, 4.0, 2.0, 1.0));
-    // Sxy = 1, Sxx = 5.
     const RegressionLine zigzag = MfdfaRegression(x, std::vector<float>{0, 1, 0, 1});
-    EXPECT_TRUE(isNear(zigzag.slope, 0.2, 1e-15));
-    EXPECT_EQ(zigzag.yBar, 0.5);
-}
-
-TEST(MfdfaAxes, TheAlfaRangeLeavesOutTheFirstPointAndNonPositiveF) {
+    EXPECT_TRUE(isNear(zigzag.slope, 0.2, 1e-15)) << "Sxy = 1, Sxx = 5";
+    // The Alfa range leaves out the first point and non-positive F; the F
+    // range takes every point, negative ones too.
     const SpectrumRanges r = MfdfaSpectrumRanges(std::vector<double>{0.1, 0.2, 0.3, 0.4, 0.5},
                                                  std::vector<double>{0.9, 0.0, 0.5, 1.0, -0.2});
-    EXPECT_EQ(r.alfaMin, 0.3f);
-    EXPECT_EQ(r.alfaMax, 0.4f);
-    EXPECT_EQ(r.fMin, -0.2f) << "the F range takes every point, negative ones too";
-    EXPECT_EQ(r.fMax, 1.0f);
-}
-
-TEST(MfdfaAxes, TheTableRangeLooksAtEveryTenthQOnly) {
+    EXPECT_EQ(std::tuple(r.alfaMin, r.alfaMax, r.fMin, r.fMax), std::tuple(0.3f, 0.4f, -0.2f, 1.0f));
     // 12 q values at 2 scales: q number 1 and 11 count, q number 2 does not.
     std::vector<double> table(24, 0.5);
-    table[1] = 100.0;     // scale 1, q 2
-    table[12 + 10] = 2.0; // scale 2, q 11
-    table[0] = -1.0;      // scale 1, q 1
-    const TableRange r = MfdfaTableRange(table, 12, 2);
-    EXPECT_EQ(r.lo, -1.0);
-    EXPECT_EQ(r.hi, 2.0);
+    table[1] = 100.0, table[12 + 10] = 2.0, table[0] = -1.0;
+    const TableRange t = MfdfaTableRange(table, 12, 2);
+    EXPECT_EQ(std::pair(t.lo, t.hi), std::pair(-1.0, 2.0));
 }
 
 TEST(MfdfaChecks, EachUndrawableRunIsNamed) {
@@ -280,20 +260,16 @@ TEST(MfdfaChecks, EachUndrawableRunIsNamed) {
 // The saved spectrum
 
 TEST(MfdfaFile, FourHeaderLinesThenThePositivePointsFirstIncluded) {
-    const std::string header = "' Detrended polynomial order= 4\r\n"
-                               "' Type of signal`s variability measure= 0\r\n"
-                               "' Minimum scale value (# of samples)= 20\r\n"
-                               "' Maximum scale value (# of samples)= 80\r\n";
-    EXPECT_EQ(SingularitySpectrumText(4, 0, 20, 80, std::vector<double>{0.25, 0.5, 0.75, 1.25},
+    const std::string header = "' Detrended polynomial order= 10\r\n"
+                               "' Type of signal`s variability measure= 1\r\n"
+                               "' Minimum scale value (# of samples)= 22\r\n"
+                               "' Maximum scale value (# of samples)= 201\r\n";
+    EXPECT_EQ(SingularitySpectrumText(10, 1, 22, 201, std::vector<double>{0.25, 0.5, 0.75, 1.25},
                                       std::vector<double>{0.5, 0.0, 1.0, -0.125}),
               header + " .25 .5\r\n .75 1\r\n");
-    EXPECT_EQ(SingularitySpectrumText(10, 1, 22, 201, {}, {}),
-              "' Detrended polynomial order= 10\r\n"
-              "' Type of signal`s variability measure= 1\r\n"
-              "' Minimum scale value (# of samples)= 22\r\n"
-              "' Maximum scale value (# of samples)= 201\r\n");
+    EXPECT_EQ(SingularitySpectrumText(10, 1, 22, 201, {}, {}), header);
     // Negative Alfa and double-precision texts.
-    EXPECT_EQ(SingularitySpectrumText(4, 0, 20, 80, std::vector<double>{-0.1, 0.123456789012345678},
+    EXPECT_EQ(SingularitySpectrumText(10, 1, 22, 201, std::vector<double>{-0.1, 0.123456789012345678},
                                       std::vector<double>{0.3, 0.999999999}),
               header + "-.1 .3\r\n .123456789012346 .999999999\r\n");
 }

@@ -25,7 +25,6 @@ class Preprocessing : public MainWindow {
         const std::string text = file(name);
         return std::count(text.begin(), text.end(), '\n');
     }
-    long files() { return std::distance(fs::directory_iterator(dir.path()), {}); }
 };
 
 std::string values(std::initializer_list<double> xs) {
@@ -39,23 +38,19 @@ std::string values(std::initializer_list<double> xs) {
 
 TEST_F(Preprocessing, IncrementsAreDatedAtTheirLaterSampleAndEndWithALoneZero) {
     load("x.dat", values({1, 3, 3, 2.5, 10}) + series(40, [](int i) { return i; }));
+    // A new time step and start take effect without a spectrum run: the
+    // increment of samples 1 and 2 at -1 + 0.5.
+    ui().DeltaT_Text->setText("0.5");
+    ui().Time0_Text->setText("-1");
     ui().IncremButton->click();
     const std::string text = file("x-INC.dat");
-    EXPECT_EQ(text.substr(0, 33), " 2 1\r\n 0 2\r\n-.5 3\r\n 7.5 4\r\n-9 5\r\n");
+    EXPECT_EQ(text.substr(0, 38), " 2 -.5\r\n 0 0\r\n-.5 .5\r\n 7.5 1\r\n-9 1.5\r\n");
     EXPECT_EQ(text.substr(text.size() - 5), " 0 \r\n");
     EXPECT_EQ(lines("x-INC.dat"), 45) << "one line per sample";
     // Demultiplexing writes one file a column, once.
     ui().DemplxButton->click();
     EXPECT_TRUE(ui().File1->selectFile("x-Col1.dat") && ui().File1->selectFile("x-Col2.dat"));
     expectStage(ui(), Stage::Loaded, {"IncremButton", "DemplxButton"});
-}
-
-TEST_F(Preprocessing, ANewTimeStepAndStartTakeEffectWithoutASpectrumRun) {
-    load("x.dat", series(40, [](int i) { return i * i; }));
-    ui().DeltaT_Text->setText("0.5");
-    ui().Time0_Text->setText("-1");
-    ui().IncremButton->click();
-    EXPECT_EQ(file("x-INC.dat").substr(0, 11), " 3 -.5\r\n 5 ");
     // A start beyond the double range counts as 0, and the box shows the repair.
     ui().Time0_Text->setText("1e400");
     ui().WinzorButton->click();
@@ -81,7 +76,7 @@ TEST_F(Preprocessing, WinsorizationCentresAndPullsAnOutlierInPassAfterPass) {
     EXPECT_TRUE(biggest > 1.0 && biggest < 10.0) << "the 1000 is clipped far below itself: " << biggest;
 }
 
-TEST_F(Preprocessing, AWholeStepMakesBlockMeansAndTheirVariancesAtTheBlockEnds) {
+TEST_F(Preprocessing, AWholeStepMakesBlockMeansAndVariancesAtTheBlockEndsAndOneOnlyRepairs) {
     load("a.dat", values({1, 2, 3, 4, 5, 6, 7, 9, 100}) + series(31, [](int) { return 0.0; }));
     ui().DownStepText->setText("4");
     ui().DownSampButton->click();
@@ -90,6 +85,16 @@ TEST_F(Preprocessing, AWholeStepMakesBlockMeansAndTheirVariancesAtTheBlockEnds) 
     // Block 1: deviations 2.25 + .25 + .25 + 2.25 over 3.
     EXPECT_EQ(file("a-Var.DNS= 4.dat").substr(0, 13), " 1.666667 4\r\n");
     EXPECT_EQ(lines("a-DNS= 4.dat") + lines("a-Var.DNS= 4.dat"), 20);
+    // Steps of one or beyond the signal only repair the box.
+    const auto files = [&] { return std::distance(fs::directory_iterator(dir.path()), {}); };
+    const long before = files();
+    for (auto [typed, shown] : {std::pair{"1", " 1"}, {"1.0", " 1.0"}, {"0.5", " 1.0"},
+                                {"abc", " 1"}, {"-3", " 1"}, {"100", " 100"}}) {
+        ui().DownStepText->setText(typed);
+        ui().DownSampButton->click();
+        EXPECT_EQ(ui().DownStepText->Text(), shown) << typed;
+    }
+    EXPECT_EQ(files(), before);
     expectStage(ui(), Stage::Loaded);
 }
 
@@ -118,19 +123,6 @@ TEST_F(Preprocessing, APointOrAFractionGoesToTheFourierResampling) {
     EXPECT_EQ(lines(dns[0].toStdString()), 400) << "as many lines as the library returned";
     EXPECT_EQ(text.substr(text.find(' ', 1), 4), " 5\r\n") << "the first at 2.5 samples of 2";
     EXPECT_EQ(text.substr(text.size() - 7), " 2000\r\n");
-}
-
-TEST_F(Preprocessing, StepsOfOneOrBeyondTheSignalOnlyRepairTheBox) {
-    load("a.dat", series(64, [](int i) { return i % 3; }));
-    const long before = files();
-    for (auto [typed, shown] : {std::pair{"1", " 1"}, {"1.0", " 1.0"}, {"0.5", " 1.0"},
-                                {"abc", " 1"}, {"-3", " 1"}, {"100", " 100"}}) {
-        ui().DownStepText->setText(typed);
-        ui().DownSampButton->click();
-        EXPECT_EQ(ui().DownStepText->Text(), shown) << typed;
-    }
-    EXPECT_EQ(files(), before);
-    expectStage(ui(), Stage::Loaded);
 }
 
 TEST_F(Preprocessing, EachFailureTreatmentKeepsTheSignalLoaded) {

@@ -55,15 +55,15 @@ inline std::vector<DrawOp> drawn(PlotSurface& s, DrawKind kind, QRgb colour = 0)
     return out;
 }
 
-// The recorded operations as the user sees them: kind (Cls, Segment, Box,
+// The recorded operations but Cls as the user sees them: kind (Segment, Box,
 // Dot), both ends as fractions of the surface's width and height to 0.001,
 // colour, pen width and style; e.g. "S 0 1 0.25 0.75 000080 2 0".
-inline std::vector<std::string> shapes(PlotSurface& s, bool withCls = false) {
+inline std::vector<std::string> shapes(PlotSurface& s) {
     const double W = s.ScaleWidth(), H = s.ScaleHeight();
     auto f = [](double v) { return std::round(v * 1000) / 1000 + 0.0; };
     std::vector<std::string> out;
     for (const DrawOp& op : s.canvas().record()) {
-        if (op.kind == DrawKind::Cls && !withCls) continue;
+        if (op.kind == DrawKind::Cls) continue;
         char text[96];
         std::snprintf(text, sizeof text, "%c %g %g %g %g %06X %d %d", "CSBD"[int(op.kind)],
                       f(op.x1 / W), f(op.y1 / H), f(op.x2 / W), f(op.y2 / H),

@@ -37,7 +37,6 @@ class WaveFilter : public MainWindow {
 
 TEST_F(WaveFilter, TheStateTableRowByRow) {
     openFilter(600);
-    EXPECT_FALSE(form().Visible());
     EXPECT_EQ(buttons(), "1000") << "window opened";
     EXPECT_FALSE(fc().WaveFiltGraf->isEnabled());
     // The wavelet of least entropy is proposed, the other family's box empty.
@@ -128,12 +127,10 @@ TEST_F(WaveFilter, TheResultIsDrawnOverTheInputAndTheZoomNeedsFourSamples) {
     auto bar = [&](double sample) { return int(std::lround(32767 * (sample - 1) / 2047)); };
     fc().HScroll_Right->setValue(bar(1003.4));
     fc().HScroll_Left->setValue(bar(1000.6));
-    {
-        MessageBoxes boxes;
-        fc().ZoomGrafButton->click();
-        boxes.expectOne("WaveFilt Zoom", "The time interval is too short\r\nPlease, increase the "
-                                         "distance between vertical red lines");
-    }
+    MessageBoxes boxes;
+    fc().ZoomGrafButton->click();
+    boxes.expectOne("WaveFilt Zoom", "The time interval is too short\r\nPlease, increase the "
+                                     "distance between vertical red lines");
     EXPECT_FALSE(zoom().isLoaded());
     fc().HScroll_Right->setValue(bar(1004.4));
     fc().ZoomGrafButton->click();

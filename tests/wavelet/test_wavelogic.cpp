@@ -18,15 +18,12 @@ TEST(DetailLevel, ClampedBetweenOneAndFourBelowThePowerOfTwo) {
 }
 
 TEST(PacketVolume, EightMillionPassesAndMoreIsRefused) {
-    EXPECT_EQ(PacketComponents(4, 13), 52);
-    EXPECT_EQ(PacketComponents(1, 1), 1);
-    EXPECT_EQ(PacketVolume(52, 131072), 6815744);
-    EXPECT_EQ(PacketVolume(104, 131072), 13631488);
-    EXPECT_LE(PacketVolume(61, 131072), kMaxPacketVolume);
-    EXPECT_GT(PacketVolume(62, 131072), kMaxPacketVolume);
-    EXPECT_EQ(WaveletOrder(108), 8);
-    EXPECT_TRUE(IsSymlet(108));
-    EXPECT_FALSE(IsSymlet(20));
+    EXPECT_EQ(std::pair(PacketComponents(4, 13), PacketComponents(1, 1)), std::pair(52, 1));
+    EXPECT_EQ(std::pair(PacketVolume(52, 131072), PacketVolume(104, 131072)),
+              std::pair(std::int64_t{6815744}, std::int64_t{13631488}));
+    EXPECT_TRUE(PacketVolume(61, 131072) <= kMaxPacketVolume &&
+                PacketVolume(62, 131072) > kMaxPacketVolume);
+    EXPECT_TRUE(WaveletOrder(108) == 8 && IsSymlet(108) && !IsSymlet(20));
 }
 
 TEST(WaveletOrder, OutOfBoundsFallsBackAndOddOrdersGoDown) {
