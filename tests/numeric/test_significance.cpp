@@ -48,7 +48,9 @@ TEST(WelchDegreesOfFreedom, HannWindowsExactValues) {
     for (std::size_t k = 0; k <= 32; ++k) {
         const double expected = k == 0 || k == 32 ? 1.0 : k == 1 || k == 31 ? 72.0 / 37.0 : 2.0;
         EXPECT_NEAR(nu[k], expected, 1e-12) << k;
-        if (k >= 2 && k <= 30) EXPECT_NEAR(two[k], 144.0 / 37.0, 1e-12) << k;
+        if (k >= 2 && k <= 30) {
+            EXPECT_NEAR(two[k], 144.0 / 37.0, 1e-12) << k;
+        }
     }
 }
 
