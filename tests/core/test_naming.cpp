@@ -51,15 +51,12 @@ TEST(Names, SeriesBesideTheDataSpectraAndGridsInTheirSubdirectories) {
     expectGolden({
         {names::Increments(S), "/d/x-INC.dat"},
         {names::DownSampled(S, NumText(4.0)), "/d/x-DNS= 4.dat"},
-        {names::DownSampled(S, NumText(4.0) + ".0"), "/d/x-DNS= 4.0.dat"},
-        {names::DownSampled(S, NumText(2.5f)), "/d/x-DNS= 2.5.dat"},
         {names::DownSampledVariance(S, 4.0), "/d/x-Var.DNS= 4.dat"},
         {names::BandPass(S + "-BPF(", 12.3456, 250.0), "/d/x-BPF(Tmin,max= 12.345, 250).dat"},
         {names::Trend(S, NumText(std::int32_t{50}), ""), "/d/x-TRN,Rad= 50.dat"},
         {names::Trend(S, " 50", " 3"), "/d/x-TRN,Rad= 50,Ord= 3.dat"},
         {names::Residual(S, " 50", " 3"), "/d/x-RSD,Rad= 50,Ord= 3.dat"},
         {names::Fragment(S, 10.5, 20), "/d/x,PART[10.5,20].dat"},
-        {names::Fragment(S, -2, 0.25), "/d/x,PART[-2,.25].dat"},
         {names::Harmonic(S, false, 12.3456, 0, 99), "/d/x(BestFitHarm,T= 12.345,[ 0, 99]).dat"},
         {names::Harmonic(S, true, 12.3456, 0, 99),
          "/d/x,DeTrended(BestFitHarm,T= 12.345,[ 0, 99]).dat"},
@@ -134,16 +131,15 @@ TEST(OutputFiles, AFailureLeavesNothingUnderTheFinalNameAndSubdirectoriesAreMade
     fs::create_directory(dir / "blocked.dat");
     OutputFile blocked((dir / "blocked.dat").string());
     blocked.print("data\r\n");
-    EXPECT_FALSE(blocked.close());
-    EXPECT_FALSE(blocked.error().empty());
+    EXPECT_FALSE(blocked.close() || blocked.error().empty());
     EXPECT_TRUE(fs::is_directory(dir / "blocked.dat"));
     OutputFile nowhere((dir / "missing" / "x.dat").string());
     nowhere.print("data");
     EXPECT_FALSE(nowhere.close());
     EXPECT_EQ(entries(dir.path()), 1);
     // An existing subdirectory is no failure; a file in its way is.
-    for (int twice = 0; twice < 2; ++twice)
-        EXPECT_TRUE(makeSubdirectory(dir.path().string(), kSpectraDir));
+    EXPECT_TRUE(makeSubdirectory(dir.path().string(), kSpectraDir) &&
+                makeSubdirectory(dir.path().string(), kSpectraDir));
     EXPECT_TRUE(fs::is_directory(dir / "SpectEstimates"));
     test::writeBytes(dir / "GRID_files", "a file in the way");
     EXPECT_FALSE(makeSubdirectory(dir.path().string(), kGridDir));

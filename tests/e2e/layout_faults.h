@@ -44,16 +44,13 @@ inline std::optional<std::string> cutText(const QWidget* w, const QString& text,
         chrome = w->style()->pixelMetric(QStyle::PM_IndicatorWidth) +
                  w->style()->pixelMetric(QStyle::PM_CheckBoxLabelSpacing) + 2;
     const QFontMetrics fm(w->font());
-    const int room = w->width() - chrome;
-    if (!wraps) {
-        const int need = fm.horizontalAdvance(text);
-        if (need <= room) return std::nullopt;
-        return "is cut: needs " + std::to_string(need) + " px, has " + std::to_string(room);
-    }
-    const int need = fm.boundingRect(QRect(0, 0, room, 10000), Qt::TextWordWrap, text).height();
-    if (need <= w->height() + 2) return std::nullopt;
-    return "is cut below: needs " + std::to_string(need) + " px, has " +
-           std::to_string(w->height());
+    const int room = wraps ? w->height() + 2 : w->width() - chrome;
+    const int need =
+        wraps ? fm.boundingRect(QRect(0, 0, w->width() - chrome, 10000), Qt::TextWordWrap, text)
+                    .height()
+              : fm.horizontalAdvance(text);
+    if (need <= room) return std::nullopt;
+    return "is cut: needs " + std::to_string(need) + " px, has " + std::to_string(room);
 }
 
 // The faults of one window's layout, as lines of text.
@@ -117,16 +114,11 @@ inline std::vector<std::string> layoutFaults(QWidget& window) {
             QWidget* a = items[i].first;
             QWidget* b = items[j].first;
             if (a->isAncestorOf(b) || b->isAncestorOf(a)) continue;
-            bool overlap = false;
             for (const QRect& p : items[i].second)
-                for (const QRect& q : items[j].second) overlap = overlap || p.intersects(q);
-            if (!overlap) continue;
-            std::string where;
-            for (const auto* item : {&items[i], &items[j]})
-                for (const QRect& r : item->second)
-                    where += " [" + std::to_string(r.x()) + "," + std::to_string(r.y()) + " " +
-                             std::to_string(r.width()) + "x" + std::to_string(r.height()) + "]";
-            faults.push_back(describe(a) + " overlaps " + describe(b) + where);
+                for (const QRect& q : items[j].second)
+                    if (p.intersects(q))
+                        faults.push_back(describe(a) + " overlaps " + describe(b) + " at " +
+                                         std::to_string(p.x()) + "," + std::to_string(p.y()));
         }
     return faults;
 }
