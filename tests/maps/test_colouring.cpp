@@ -43,11 +43,8 @@ TEST(BandLookup, AValueOnABorderTakesTheLowerBandOneOutsideKeepsThePreviousColou
                                  {-0.5f, 0xFFFF00u}, {0.0f, 0xFFFFFFu}})
         EXPECT_EQ(fifteen(value), colour) << value;
     // Equal ends: every value takes band 1.
-    BandLookup flat12(3.5f, 3.5f, MapPalette12), flat15(-7.25f, -7.25f, MapPalette15);
-    for (int i = 0; i < 2; ++i) {
-        EXPECT_EQ(flat12(3.5f), 0xFFFFFFu);
-        EXPECT_EQ(flat15(-7.25f), 0x000080u);
-    }
+    EXPECT_EQ(BandLookup(3.5f, 3.5f, MapPalette12)(3.5f), 0xFFFFFFu);
+    EXPECT_EQ(BandLookup(-7.25f, -7.25f, MapPalette15)(-7.25f), 0x000080u);
     // A value outside every band keeps the previous colour, black at first.
     // With zmin -0.7 and zmax 2.3 (single precision) the twelfth upper bound,
     // built band by band in double precision, ends just below zmax.
@@ -63,10 +60,10 @@ TEST(BandLookup, AValueOnABorderTakesTheLowerBandOneOutsideKeepsThePreviousColou
 }
 
 TEST(ColorScaleValue, TopEdgeIsZmaxBottomEdgeIsZminAndLgIsLnOverLnTen) {
-    EXPECT_EQ(ColorScaleValue(0, 5370, -3.25f, 7.5f), 7.5f);
-    EXPECT_EQ(ColorScaleValue(5370, 5370, -3.25f, 7.5f), -3.25f);
-    EXPECT_EQ(ColorScaleValue(2685, 5370, -3.25f, 7.5f), 2.125f);
-    EXPECT_EQ(ColorScaleValue(5370, 5370, -17.123456f, 3.3f), -17.123456f);
+    for (auto [y, zmin, zmax, value] :
+         {std::tuple{0, -3.25f, 7.5f, 7.5f}, {5370, -3.25f, 7.5f, -3.25f}, {2685, -3.25f, 7.5f, 2.125f},
+          {5370, -17.123456f, 3.3f, -17.123456f}})
+        EXPECT_EQ(ColorScaleValue(y, 5370, zmin, zmax), value) << y;
     EXPECT_EQ(Lg(100.0), 2.0);
     // The quotient is not log10: ln 1000 / ln 10 falls one step below 3.
     EXPECT_EQ(Lg(1000.0), 2.9999999999999996);

@@ -80,7 +80,6 @@ TEST_F(SvanAr, OpensWithTheDefaultsShowsTheValuesInForceAndRefusesOneWindowOrEig
     EXPECT_EQ(svan().SvanCount, 2);
     EXPECT_EQ(states(), "1111");
     openWith(4000); // fallbacks from the signal: 500, 25, 50
-    EXPECT_EQ(launch("5000", "1000", "3"), " 2048| 1000| 3");
     EXPECT_EQ(launch("512abc", "", "7x"), " 500| 25| 50");
     EXPECT_EQ(svan().SvanCount, 141);
     // The fallback shift is not the one the search of Load found (5).

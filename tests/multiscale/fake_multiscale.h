@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstdint>
+#include <string>
 #include <vector>
 
 namespace tarnic::test {
@@ -14,8 +15,9 @@ struct FakeWtmm {
     std::array<std::int32_t, 7> counts{};
     const char* fileText = nullptr; // the chain file's text; null: no file is written
     bool constantDetrended = false; // 1.5 throughout rather than the input less its mean
-    // What the last call received, and the number of calls.
+    // What the last call received, its current directory, and the number of calls.
     std::int32_t fragLeng = -1, trendOrder = -1;
+    std::string where{};
     double gamma = -1;
     int calls = 0;
 };

@@ -6,6 +6,7 @@
 #include "fake_multiscale.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
 
 #define FAKE_EXPORT extern "C" __attribute__((visibility("default")))
@@ -24,6 +25,7 @@ FAKE_EXPORT void WTMM_FP_dll(const double* input, std::int32_t* fragLeng, std::i
     FakeWtmm& w = fakeWtmm;
     ++w.calls;
     w.fragLeng = *fragLeng, w.trendOrder = *trendOrder, w.gamma = *gamma;
+    w.where = std::filesystem::current_path().string();
     double mean = 0;
     for (std::int32_t i = 0; i < *fragLeng; ++i) mean += input[i] / std::max(*fragLeng, 1);
     for (std::int32_t i = 0; i < *fragLeng; ++i)

@@ -5,8 +5,6 @@
 // surfaces that a handler creates and draws on before the test can reach them.
 #pragma once
 
-#include "signal/signalplot.h"
-#include "signal/signalzoomform.h"
 #include "tests/multiscale/fake_multiscale.h"
 #include "tests/signal/window_support.h"
 
@@ -42,10 +40,10 @@ inline std::vector<double> randomWalk(int n, unsigned seed) {
     return walk;
 }
 
-class MultiscaleWindow : public MainWindow {
+class MultiscaleWindow : public AnalysisWindow {
   protected:
     void TearDown() override {
-        MainWindow::TearDown();
+        AnalysisWindow::TearDown();
         if (fake_) dlclose(fake_);
     }
 
@@ -67,9 +65,8 @@ class MultiscaleWindow : public MainWindow {
         for (int i = 1; i <= n; ++i) z.FragInput(i) = static_cast<float>(f(i));
         z.FragFirstSample = static_cast<float>(first);
         z.FragLastSample = static_cast<float>(first + n - 1);
-        const auto [lo, hi] = std::ranges::minmax_element(z.FragInput.vector());
-        z.FragMin = *lo;
-        z.FragMax = *hi;
+        const auto [lo, hi] = std::ranges::minmax(z.FragInput.vector());
+        z.FragMin = lo, z.FragMax = hi;
         z.Show();
         QApplication::processEvents();
     }
@@ -86,9 +83,6 @@ class MultiscaleWindow : public MainWindow {
         ASSERT_TRUE(fakeWtmm && fakeMfdfa);
         *fakeWtmm = {}, *fakeMfdfa = {};
     }
-
-    SignalZoomForm& zoom() { return wb->signalZoomForm(); }
-    SignalZoomFormControls& zc() { return wb->signalZoomForm().ui(); }
 
     MessageBoxes messages;
     void* fake_ = nullptr;

@@ -41,9 +41,6 @@ class MfdfaWindow : public MultiscaleWindow {
     }
     MFDFA_form& mfdfa() { return wb->mfdfaForm(); }
     MFDFA_formControls& mc() { return wb->mfdfaForm().ui(); }
-    std::string saved(const std::string& part) {
-        return readBytes(dir / "SpectEstimates" / ("F(Alfa)_walk,PART[" + part + "].dat"));
-    }
 };
 
 const QString kOther = "\r\nPlease, change the parameters or choose another fragment";
@@ -51,9 +48,7 @@ const QString kOther = "\r\nPlease, change the parameters or choose another frag
 } // namespace
 
 TEST_F(MfdfaWindow, FewerThan400SamplesAreRefusedAnd400AreAnalysedWithTheirBoxes) {
-    startIn();
-    handFragment(399, [](int i) { return std::sin(i * 0.1); });
-    zc().MFDFA_button->click();
+    prepare(399);
     messages.expectOne("MFDFA Analysis", "This length of the signal fragment is too small\r\n"
                                          "MFDFA Analysis is possible for length => 400 only");
     EXPECT_TRUE(!mfdfa().isLoaded() && zoom().Visible());
@@ -94,11 +89,12 @@ TEST_F(MfdfaWindow, FewerThan400SamplesAreRefusedAnd400AreAnalysedWithTheirBoxes
     }
     mc().SaveFalfa_button->click();
     EXPECT_EQ(states(), "1100") << "after a save";
-    EXPECT_EQ(saved(".2,40.1"), "' Detrended polynomial order= 4\r\n"
-                                "' Type of signal`s variability measure= 1\r\n"
-                                "' Minimum scale value (# of samples)= 20\r\n"
-                                "' Maximum scale value (# of samples)= 80\r\n"
-                                " 0 .75\r\n .5 .5\r\n .51 1\r\n .52 .5\r\n 1 .25\r\n");
+    EXPECT_EQ(readBytes(dir / "SpectEstimates" / "F(Alfa)_walk,PART[.2,40.1].dat"),
+              "' Detrended polynomial order= 4\r\n"
+              "' Type of signal`s variability measure= 1\r\n"
+              "' Minimum scale value (# of samples)= 20\r\n"
+              "' Maximum scale value (# of samples)= 80\r\n"
+              " 0 .75\r\n .5 .5\r\n .51 1\r\n .52 .5\r\n 1 .25\r\n");
     mc().Text3->setText("25");
     EXPECT_EQ(states(), "0010") << "after a change of a box";
     EXPECT_EQ(mc().FalfaPlot->canvas().record().back().kind, DrawKind::Cls) << "the spectrum is wiped";
@@ -115,16 +111,14 @@ TEST_F(MfdfaWindow, FewerThan400SamplesAreRefusedAnd400AreAnalysedWithTheirBoxes
 // it was before the launch: nothing drawn, Launch on, Save off.
 TEST_F(MfdfaWindow, AnUndrawableRunEndsWithAMessageAndChangesNothingElse) {
     prepare(400);
+    mc().FalfaPlot->canvas().setRecording(true);
+    mc().ZQtab_Plot->canvas().setRecording(true);
     std::vector<double> table(200 * 60, 0.25), flat = table;
     table[0] = 0.5;
     const QString spectrum = "The singularity spectrum ";
-    struct {
-        std::vector<double> f; // F at the first points,
-        double rest;           // at the others
-        const std::vector<double>& table;
-        int scales;
-        QString message;
-    } const runs[] = {
+    // F at the first points and at the others, the table, its scales, the message.
+    for (const auto& [f, rest, tab, scales, expected] : std::initializer_list<
+             std::tuple<std::vector<double>, double, std::vector<double>, int, QString>>{
         {{0.9, 0.0, -0.1}, 0, table, 60, spectrum + "is nowhere positive for this fragment" + kOther},
         {{0.0, 0.0, 0.7}, 0, table, 60, spectrum + "has a single value of Alfa: its Alfa range is 0" + kOther},
         {{}, 0.5, table, 60, spectrum + "has the same value everywhere: its F(Alfa) range is 0" + kOther},
@@ -133,14 +127,11 @@ TEST_F(MfdfaWindow, AnUndrawableRunEndsWithAMessageAndChangesNothingElse) {
         {{0.0, 0.5, 0.7}, 0, table, 1,
          "The analysis gave back fewer than two scales or no power degree q\r\nPlease, change the scale values"},
         {{0.0, NAN, 0.7}, 0, table, 60, "The analysis gave values that are not numbers\r\nNothing can be drawn"},
-    };
-    mc().FalfaPlot->canvas().setRecording(true);
-    mc().ZQtab_Plot->canvas().setRecording(true);
-    for (const auto& run : runs) {
+    }) {
         messages.clear();
-        scriptSpectrum(run.f, run.rest, 0.3, 0.002, run.table, run.scales);
+        scriptSpectrum(f, rest, 0.3, 0.002, tab, scales);
         launch();
-        messages.expectOne("MFDFA Analysis", run.message);
+        messages.expectOne("MFDFA Analysis", expected);
         EXPECT_EQ(states(), "0010");
         EXPECT_TRUE(drawn(*mc().FalfaPlot, DrawKind::Segment).empty() &&
                     drawn(*mc().ZQtab_Plot, DrawKind::Segment).empty());

@@ -45,12 +45,10 @@ TEST(WtmmParameters, TrendOrderWithinZeroToTenZeroBeyond32BitsGammaWithinZeroToO
 
 TEST(WtmmChainFile, RecordsAreReadUpToTheCountOrTheFileIsShort) {
     using enum WtmmFileStatus;
-    struct {
-        const char* text;
-        std::int64_t total;
-        WtmmFileStatus status;
-        Records records; // when Read
-    } const cases[] = {
+    TempDir dir;
+    // The text, the record count, the status and the records read.
+    for (const auto& [text, total, status, records] : std::initializer_list<
+             std::tuple<const char*, std::int64_t, WtmmFileStatus, Records>>{
         // clang-format off
         // Blanks, commas and line ends separate; the fifth record is not read.
         {"12 0.301030\r\n  13,0.5\n0 -9999\r\n7\t1.25\r\n99 9.9\r\n", 4, Read,
@@ -66,41 +64,16 @@ TEST(WtmmChainFile, RecordsAreReadUpToTheCountOrTheFileIsShort) {
         {"1 0.5\r\nx 0.6\r\n", 2, Short, {}}, {"1 0.5abc\r\n", 1, Short, {}}, {"1 nan\r\n", 1, Short, {}},
         {"1e12 0.5\r\n", 1, Short, {}},
         // clang-format on
-    };
-    TempDir dir;
-    for (const auto& k : cases) {
-        SCOPED_TRACE(k.text);
-        writeBytes(dir / "chains", k.text);
-        const WtmmFile read = ReadWtmmFile(dir / "chains", k.total);
-        EXPECT_EQ(read.status, k.status);
-        EXPECT_EQ(read.records, k.records);
+    }) {
+        SCOPED_TRACE(text);
+        writeBytes(dir / "chains", text);
+        const WtmmFile read = ReadWtmmFile(dir / "chains", total);
+        EXPECT_EQ(read.status, status);
+        EXPECT_EQ(read.records, records);
     }
     const WtmmFile missing = ReadWtmmFile(dir / "nothing", 1);
     EXPECT_EQ(missing.status, Missing);
     EXPECT_TRUE(missing.records.empty());
-}
-
-TEST(WtmmScratchPlace, ARunTakesPlaceInAPrivateDirectoryThatLeavesNothingBehind) {
-    namespace fs = std::filesystem;
-    const fs::path before = fs::current_path();
-    fs::path where;
-    try {
-        WtmmScratchPlace place;
-        where = fs::current_path();
-        EXPECT_NE(where, before);
-        EXPECT_EQ(place.file(), where / "n12c43k67r13t72c76h18i04");
-        EXPECT_TRUE(fs::is_empty(where)) << "a fresh directory";
-        std::ofstream(place.file()) << "1 0.5\r\n";
-        std::ofstream(where / "other") << "left by the library";
-        throw std::runtime_error("a failing step");
-    } catch (const std::runtime_error&) {
-    }
-    EXPECT_EQ(fs::current_path(), before);
-    EXPECT_FALSE(fs::exists(where)) << "directory and files are gone";
-    // Two places at once (two runs of two programs) never share a directory.
-    WtmmScratchPlace first;
-    { EXPECT_NE(WtmmScratchPlace().file(), first.file()); }
-    EXPECT_TRUE(fs::exists(first.file().parent_path()));
 }
 
 // ---------------------------------------------------------------------------
@@ -145,12 +118,8 @@ TEST(WtmmChecks, AFlatFragmentComesFirstThenTheCountsThenTheFileAndItsRange) {
 // The chain-drawing decisions
 
 TEST(WtmmChainPlan, StrokesFollowTheChainRules) {
-    struct {
-        const char* rule;
-        Counts counts;
-        Records records;
-        std::vector<ChainStroke> strokes;
-    } const cases[] = {
+    for (const auto& [rule, counts, records, strokes] : std::initializer_list<
+             std::tuple<const char*, Counts, Records, std::vector<ChainStroke>>>{
         // clang-format off
         {"a chain is a polyline through all its records", {3, 0, 0, 0, 0, 0, 0},
          {{4, 0.3f}, {5, 0.4f}, {5, 0.5f}}, {seg(1, 1), seg(1, 2)}},
@@ -172,8 +141,8 @@ TEST(WtmmChainPlan, StrokesFollowTheChainRules) {
          {{1, 0.3f}, {2, 0.4f}, {7, 1.0f}, {9, 1.1f}, {11, 0.9f}}, {seg(1, 1), dot(7, 3), dot(7, 4), dot(7, 5)}},
         {"nothing is drawn beyond the records read", {2, 2, 0, 0, 0, 0, 0}, {{1, 0.3f}}, {}},
         // clang-format on
-    };
-    for (const auto& k : cases) EXPECT_EQ(PlanWtmmChains(k.counts, k.records), k.strokes) << k.rule;
+    })
+        EXPECT_EQ(PlanWtmmChains(counts, records), strokes) << rule;
 }
 
 // ---------------------------------------------------------------------------

@@ -1,8 +1,7 @@
 // The preprocessing actions of the main window: the files they write, byte for
 // byte on small inputs, the state of the buttons afterwards, and what each of
 // the three failure treatments does when its file cannot be written.
-#include "core/msgbox.h"
-#include "tests/core/mainwindow_fixture.h"
+#include "tests/signal/window_support.h"
 
 #include <cmath>
 
@@ -115,12 +114,8 @@ TEST_F(Preprocessing, APointOrAFractionGoesToTheFourierResampling) {
     ui().DownSampButton->click();
     EXPECT_EQ(ui().DownStepText->Text(), " 2.5");
     EXPECT_EQ(form().DownSignal.count(), 500) << "sized by the whole part of the step";
-    QStringList dns;
-    for (int i = 0; i < ui().File1->ListCount(); ++i)
-        if (ui().File1->List(i).startsWith("a-DNS= 2.")) dns << ui().File1->List(i);
-    ASSERT_EQ(dns.size(), 1) << dns.join(",").toStdString();
-    const std::string text = file(dns[0].toStdString());
-    EXPECT_EQ(lines(dns[0].toStdString()), 400) << "as many lines as the library returned";
+    const std::string text = file("a-DNS= 2.5.dat"); // named by the step used, 1000 / 400
+    EXPECT_EQ(lines("a-DNS= 2.5.dat"), 400) << "as many lines as the library returned";
     EXPECT_EQ(text.substr(text.find(' ', 1), 4), " 5\r\n") << "the first at 2.5 samples of 2";
     EXPECT_EQ(text.substr(text.size() - 7), " 2000\r\n");
 }
@@ -130,15 +125,13 @@ TEST_F(Preprocessing, EachFailureTreatmentKeepsTheSignalLoaded) {
     // Directories standing where the files should go make every write fail.
     for (const char* name : {"f-INC.dat", "f-WINZ.dat", "f-DNS= 2.dat", "f-Var.DNS= 2.dat"})
         fs::create_directory(dir / name);
-    std::vector<QString> boxes;
-    setMsgBoxHook([&](const QString& text, const QString&) { boxes.push_back(text); });
+    MessageBoxes boxes;
     ui().IncremButton->click(); // skips the rest silently
     ui().DownSampButton->click(); // ignored step by step
     EXPECT_TRUE(boxes.empty());
     ui().WinzorButton->click(); // an orderly end with a message naming the file
-    setMsgBoxHook({});
     ASSERT_EQ(boxes.size(), 1u);
-    EXPECT_TRUE(boxes[0].contains("f-WINZ.dat"));
+    EXPECT_TRUE(boxes[0].text.contains("f-WINZ.dat"));
     EXPECT_EQ(form().Nrec, 64);
     expectStage(ui(), Stage::Loaded, {"IncremButton", "WinzorButton"});
     for (const auto& entry : fs::directory_iterator(dir.path()))

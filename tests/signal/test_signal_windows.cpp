@@ -3,8 +3,6 @@
 // clamps and the cursor arithmetic are pinned in test_trendlogic.cpp.
 #include "core/naming.h"
 #include "core/numtext.h"
-#include "signal/signalplot.h"
-#include "signal/signalzoomform.h"
 #include "tests/signal/window_support.h"
 
 #include <random>
@@ -14,19 +12,14 @@ using namespace tarnic::test;
 
 namespace {
 
-class SignalWindows : public MainWindow {
+class SignalWindows : public AnalysisWindow {
   protected:
     void openSignal(int n, const std::function<double(int)>& f) {
-        start();
-        write("s.dat", series(n, f));
-        open("s.dat");
+        load(n, f);
         ui().ShowSignGrafButton->click();
         QApplication::processEvents();
     }
-    SignalPlot& plot() { return wb->signalPlot(); }
     SignalPlotControls& pc() { return wb->signalPlot().ui(); }
-    SignalZoomForm& zoom() { return wb->signalZoomForm(); }
-    SignalZoomFormControls& zc() { return wb->signalZoomForm().ui(); }
     void trend(const char* radius, const char* order = nullptr) {
         if (order) pc().LocPolynomOption->setValue(true), pc().TrendPolynomOrder->setText(order);
         pc().SmoothRad->setText(radius);

@@ -3,25 +3,19 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 using namespace tarnic;
 
 TEST(TrendParameters, RadiusWithinHalfTheSignalPlusOneOrderWithinTenAndBelowTheRadius) {
     // 500 is not above 500.5; a text too large for 32 bits reads as 0.
-    struct {
-        double typed;
-        std::int32_t samples, radius;
-    } const radii[] = {{2.9, 1000, 2},   {500, 1000, 500}, {501, 1000, 501}, {600, 1000, 501},
-                       {500, 1001, 500}, {501, 1001, 501}, {600, 1001, 501}, {-3, 100, 0},
-                       {3e9, 100, 0}};
-    for (const auto& k : radii)
-        EXPECT_EQ(ClampTrendRadius(k.typed, k.samples), k.radius) << k.typed << " of " << k.samples;
-    struct {
-        double typed;
-        std::int32_t radius, order;
-    } const orders[] = {{7, 1, 0},   {3, 1, 0},    {7, 5, 4},   {12, 50, 10},
-                        {2.9, 50, 2}, {-1, 50, 0}, {3e9, 50, 0}};
-    for (const auto& k : orders)
-        EXPECT_EQ(ClampTrendOrder(k.typed, k.radius), k.order) << k.typed << ", " << k.radius;
+    for (auto [typed, samples, radius] :
+         {std::tuple{2.9, 1000, 2}, {500.0, 1000, 500}, {501.0, 1000, 501}, {600.0, 1000, 501},
+          {500.0, 1001, 500}, {501.0, 1001, 501}, {600.0, 1001, 501}, {-3.0, 100, 0}, {3e9, 100, 0}})
+        EXPECT_EQ(ClampTrendRadius(typed, samples), radius) << typed << " of " << samples;
+    for (auto [typed, radius, order] : {std::tuple{7.0, 1, 0}, {3.0, 1, 0}, {7.0, 5, 4},
+                                        {12.0, 50, 10}, {2.9, 50, 2}, {-1.0, 50, 0}, {3e9, 50, 0}})
+        EXPECT_EQ(ClampTrendOrder(typed, radius), order) << typed << ", " << radius;
 }
 
 TEST(CursorSelection, BothEndsAreInclusive) {

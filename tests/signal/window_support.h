@@ -1,9 +1,11 @@
-// Helpers of the analysis-window tests: the message boxes a test meets, the
-// enabled state of a row of controls, the captions of an axis's marks and the
-// recorded drawing of a plot surface as the user sees it.
+// Helpers of the analysis-window tests: a loaded series, the message boxes a
+// test meets, the enabled state of a row of controls, the captions of an
+// axis's marks and the recorded drawing of a plot surface as the user sees it.
 #pragma once
 
 #include "core/msgbox.h"
+#include "signal/signalplot.h"
+#include "signal/signalzoomform.h"
 #include "tests/core/mainwindow_fixture.h"
 
 #include <cmath>
@@ -45,6 +47,21 @@ inline QStringList captions(const MarkLabels& marks) {
     for (const Label* mark : marks) out << mark->Caption();
     return out;
 }
+
+// The main window's fixture with a series of n samples f(1) .. f(n) loaded
+// under a file name, as the analysis windows start from it, and the signal and
+// fragment windows that several of them start from.
+class AnalysisWindow : public MainWindow {
+  protected:
+    void load(int n, const std::function<double(int)>& f, const std::string& name = "s.dat") {
+        start();
+        write(name, series(n, f));
+        open(name);
+    }
+    SignalPlot& plot() { return wb->signalPlot(); }
+    SignalZoomForm& zoom() { return wb->signalZoomForm(); }
+    SignalZoomFormControls& zc() { return wb->signalZoomForm().ui(); }
+};
 
 // The recorded operations of one kind, of one colour (0: any; recorded
 // colours are opaque).

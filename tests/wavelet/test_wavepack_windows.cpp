@@ -14,13 +14,11 @@ namespace {
 
 double twoTones(int i) { return std::sin(2 * M_PI * i / 12.5) + std::sin(2 * M_PI * i / 50.0); }
 
-class WavePackets : public MainWindow {
+class WavePackets : public AnalysisWindow {
   protected:
     void decompose(int n, const char* level, OptionButton*(Form1Controls::*option),
                    double (*f)(int) = twoTones, const char* dT = "1") {
-        start();
-        write("s.dat", series(n, f));
-        open("s.dat");
+        load(n, f);
         ui().DeltaT_Text->setText(dT);
         ui().LevMaxText->setText(level);
         (ui().*option)->setValue(true);
