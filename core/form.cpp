@@ -12,7 +12,7 @@
 
 namespace tarnic {
 
-FormWindow::FormWindow(Form& form) : QWidget(nullptr), form_(form) {
+FormWindow::FormWindow(Form& form) : QWidget(nullptr), form_(&form) {
     setAttribute(Qt::WA_DeleteOnClose, false);
     setMouseTracking(true);
     setAcceptDrops(form.AcceptsFileDrops());
@@ -34,14 +34,14 @@ void FormWindow::dragEnterEvent(QDragEnterEvent* event) {
 
 void FormWindow::dropEvent(QDropEvent* event) {
     const QStringList paths = localFiles(event->mimeData());
-    if (paths.isEmpty()) return;
+    if (paths.isEmpty() || !form_) return;
     event->acceptProposedAction();
-    form_.Form_FileDrop(paths);
+    form_->Form_FileDrop(paths);
 }
 
 void FormWindow::mouseMoveEvent(QMouseEvent* event) {
     QWidget::mouseMoveEvent(event);
-    form_.Form_MouseMove();
+    if (form_) form_->Form_MouseMove();
 }
 
 void FormWindow::paintEvent(QPaintEvent*) {
@@ -51,12 +51,13 @@ void FormWindow::paintEvent(QPaintEvent*) {
 
 void FormWindow::closeEvent(QCloseEvent* event) {
     event->ignore();
-    form_.Unload();
+    if (form_) form_->Unload();
 }
 
 void FormWindow::changeEvent(QEvent* event) {
     QWidget::changeEvent(event);
-    if (event->type() == QEvent::ActivationChange && isActiveWindow()) form_.runActivate(false);
+    if (form_ && event->type() == QEvent::ActivationChange && isActiveWindow())
+        form_->runActivate(false);
 }
 
 Form::Form(Workbench& workbench, QString name) : workbench_(workbench), name_(std::move(name)) {}
@@ -93,11 +94,13 @@ void Form::Show() {
     window_->raise();
     window_->activateWindow();
     activatePending_ = true;
+    // Reaches the form through its window only: a window unloaded in the
+    // meantime is detached, and one deleted takes the queued call with it.
     QPointer<FormWindow> target = window_;
     QMetaObject::invokeMethod(
         window_,
-        [this, target] {
-            if (target && target == window_) runActivate(true);
+        [target] {
+            if (target && target->form()) target->form()->runActivate(true);
         },
         Qt::QueuedConnection);
 }
@@ -126,6 +129,7 @@ void Form::Unload() {
     destroyControls();
     // Stop every signal of the old controls, then let Qt delete them when the
     // present event has been handled (the handler may belong to one of them).
+    w->detach();
     w->hide();
     for (QObject* child : w->findChildren<QObject*>()) child->disconnect();
     w->disconnect();

@@ -35,6 +35,11 @@ class FormWindow : public QWidget {
   public:
     explicit FormWindow(Form& form);
     Canvas& canvas() { return canvas_; }
+    // The window's form; null once the form has unloaded it. An unloaded window
+    // lives on until Qt deletes it later, and may still receive events (and
+    // the queued activation of Show) after its form object is gone.
+    Form* form() const { return form_; }
+    void detach() { form_ = nullptr; }
 
   protected:
     void paintEvent(QPaintEvent* event) override;
@@ -45,7 +50,7 @@ class FormWindow : public QWidget {
     void dropEvent(QDropEvent* event) override;
 
   private:
-    Form& form_;
+    Form* form_;
     Canvas canvas_;
 };
 

@@ -7,9 +7,12 @@
 #include "tests/core/qt_print.h"
 
 #include <QApplication>
+#include <QPointer>
 #include <QTest>
 
 #include <gtest/gtest.h>
+
+#include <memory>
 
 using namespace tarnic;
 
@@ -112,4 +115,15 @@ TEST(FormLife, ControlsLiveWhileLoadedMembersForeverAndActivateFollowsTheShowing
     QApplication::processEvents(); // the old widget is deleted here
     EXPECT_EQ(form.ui().box->Text(), "x");
     form.Unload();
+    // A form may go before its unloaded window: the window and the queued
+    // activation of Show must no longer reach it.
+    auto gone = std::make_unique<ProbeForm>(wb);
+    gone->Show();
+    const QPointer<FormWindow> orphan = &gone->window();
+    gone->Unload();
+    gone.reset();
+    ASSERT_TRUE(orphan && orphan->form() == nullptr);
+    QApplication::processEvents(); // runs the queued activation
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_TRUE(orphan.isNull()) << "deleted later, without touching the form";
 }
