@@ -33,6 +33,13 @@ struct Library {
     }
     void* handle;
 };
+
+// The routine `name` of Tarnic.dll, opened once per test program; nullptr when
+// the library or the name is missing.
+template <typename F> F dllRoutine(const char* name) {
+    static const Library library;
+    return library.resolve<F>(name);
+}
 #endif
 
 // A path as the program passes it: its UTF-16 code units, followed by `tail`.
@@ -56,6 +63,14 @@ inline double largestMagnitude(std::span<const double> x) {
     for (double v : x)
         largest = std::max(largest, std::abs(v));
     return largest;
+}
+
+// f(t) at t = 0 .. n-1.
+template <class F> std::vector<double> sampled(std::size_t n, F f) {
+    std::vector<double> x(n);
+    for (std::size_t t = 0; t < n; ++t)
+        x[t] = f(static_cast<double>(t));
+    return x;
 }
 
 inline std::vector<double> plus(std::vector<double> a, std::span<const double> b) {

@@ -51,9 +51,8 @@ TEST(FourierBandPass, PassesASinusoidInsideTheBandAndStopsThoseOutsideAndATrend)
             largestDifference(bandPassed(sinusoid(2003, 1 / period, 1, 0.4), 12, 40), zero, 200),
             0.03)
             << "period " << period;
-    std::vector<double> line(1200), wave = sinusoid(1200, 1.0 / 30.0);
-    for (std::size_t t = 0; t < line.size(); ++t)
-        line[t] = 40.0 + 0.25 * static_cast<double>(t);
+    const std::vector<double> line = sampled(1200, [](double t) { return 40.0 + 0.25 * t; }),
+                              wave = sinusoid(1200, 1.0 / 30.0);
     EXPECT_LT(largestDifference(bandPassed(line, 10.0, 2400.0), zero, 0), 1e-9);
     const std::vector<double> y = bandPassed(plus(line, wave), 15.0, 60.0);
     EXPECT_LT(largestDifference(y, wave, 60), 0.03);

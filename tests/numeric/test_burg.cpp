@@ -85,14 +85,8 @@ TEST(BurgFit, FastRecursionMatchesTheClassicOneOrRefuses) {
         walk[t] = level += walk[t] + (t % 7 == 0 ? 1.0 : 0.0);
         faint[t] += sine[t];
     }
-    struct Case {
-        const char* data;
-        std::vector<double> x;
-        std::vector<std::size_t> orders;
-        bool fast;
-    };
     // clang-format off
-    const Case cases[] = {
+    const std::tuple<const char*, std::vector<double>, std::vector<std::size_t>, bool> cases[] = {
         {"ar2 n=2", ar2Noise(2, 0.75, -0.5), {1, 5}, true},
         {"ar2 n=3", ar2Noise(3, 0.75, -0.5), {1, 2}, true},
         {"ar2 n=13", ar2Noise(13, 0.75, -0.5), {1, 2, 4, 12}, true},
@@ -101,14 +95,14 @@ TEST(BurgFit, FastRecursionMatchesTheClassicOneOrRefuses) {
         {"walk n=2048", walk, {20, 204, 683}, true}, {"sine, noise 0.3 %", faint, {10, 204}, true},
         {"noiseless sine", sine, {3, 204}, false}, {"constant", std::vector(64, 2.5), {3}, false}};
     // clang-format on
-    for (const Case& c : cases)
-        for (std::size_t order : c.orders) {
-            SCOPED_TRACE(std::string(c.data) + ", order " + std::to_string(order));
-            const std::vector<float> rounded = toFloat(c.x);
+    for (const auto& [data, series, orders, fastFits] : cases)
+        for (std::size_t order : orders) {
+            SCOPED_TRACE(std::string(data) + ", order " + std::to_string(order));
+            const std::vector<float> rounded = toFloat(series);
             const std::vector<double> x(rounded.begin(), rounded.end());
             const ArFit classic = burgFitClassic(x, order, true), chosen = burgFit(x, order, true);
             const std::optional<ArFit> fast = burgFitFast(x, order, true);
-            ASSERT_EQ(fast.has_value(), c.fast);
+            ASSERT_EQ(fast.has_value(), fastFits);
             const ArFit& compared = fast ? *fast : chosen;
             const double largest = std::max(1.0, largestMagnitude(classic.phi));
             EXPECT_TRUE(allNear(compared.reflection, classic.reflection, 1e-9));

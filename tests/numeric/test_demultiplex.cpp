@@ -40,15 +40,9 @@ TEST(ColumnFileName, RemovesTheFirstDatAndAppendsTheColumn) {
 // written (also when one column file cannot be written), left alone. Values are written as the
 // shortest text that reads back as the same float.
 TEST(Demultiplex, WritesOneExactFilePerColumnOrNothing) {
-    struct Case {
-        std::string table;
-        std::int32_t nrec;
-        int columns;
-        Files written;
-    };
     const std::string mixed = "# h\r\n1 2 3\r\n0.1,-4e-3;5\r\n\r\n7\t8\t9e10";
     // clang-format off
-    const Case cases[] = {
+    const std::tuple<std::string, std::int32_t, int, Files> cases[] = {
         {mixed, 3, 3, {{"t-Col1.dat", "1\r\n0.1\r\n7\r\n"}, {"t-Col2.dat", "2\r\n-0.004\r\n8\r\n"},
                        {"t-Col3.dat", "3\r\n5\r\n9e+10\r\n"}}},
         {mixed, 1, 3, {{"t-Col1.dat", "1\r\n"}, {"t-Col2.dat", "2\r\n"}, {"t-Col3.dat", "3\r\n"}}},
@@ -70,15 +64,15 @@ TEST(Demultiplex, WritesOneExactFilePerColumnOrNothing) {
         {"1 2\n3 4\n", 2, 0, {{"t-Col2.dat.tmp", "/"}}},
     };
     // clang-format on
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.table + " of " + std::to_string(c.nrec));
+    for (const auto& [table, nrec, columns, written] : cases) {
+        SCOPED_TRACE(table + " of " + std::to_string(nrec));
         TempDir dir;
-        writeBytes(dir / "t.dat", c.table);
+        writeBytes(dir / "t.dat", table);
         writeBytes(dir / "t-Col1.dat", "old");
-        if (c.written.contains("t-Col2.dat.tmp")) fs::create_directory(dir / "t-Col2.dat.tmp");
-        EXPECT_EQ(demultiplexTable(dir / "t.dat", c.nrec), c.columns);
-        Files expected = c.written;
-        expected["t.dat"] = c.table;
+        if (written.contains("t-Col2.dat.tmp")) fs::create_directory(dir / "t-Col2.dat.tmp");
+        EXPECT_EQ(demultiplexTable(dir / "t.dat", nrec), columns);
+        Files expected = written;
+        expected["t.dat"] = table;
         expected.try_emplace("t-Col1.dat", "old");
         EXPECT_EQ(filesIn(dir.path()), expected);
         EXPECT_EQ(demultiplexTable(dir / "missing.dat", 5), 0);

@@ -81,13 +81,8 @@ TEST(TableRecords, CountStatusAndValuesFollowTheRecordRules) {
     const auto ambiguous = [](std::int64_t line) {
         return RecordCount{0, ambiguousCommasStatus(line)};
     };
-    struct Case {
-        std::string table;
-        RecordCount count;
-        std::vector<float> values;
-    };
     // clang-format off
-    std::vector<Case> cases{
+    std::vector<std::tuple<std::string, RecordCount, std::vector<float>>> cases{
         // Line ends of every kind; an end-of-file byte 0x1A only as the last byte.
         {"1\n2\n3\n", three, {1, 2, 3}}, {"1\r\n2\r\n3\r\n", three, {1, 2, 3}},
         {"1\n2\n3", three, {1, 2, 3}}, {"1\r2\r3\r", three, {1, 2, 3}},
@@ -126,13 +121,13 @@ TEST(TableRecords, CountStatusAndValuesFollowTheRecordRules) {
     for (const char* bad : {"nan", "inf", "1e39", "-3E+38", "1.5x", "1.2.3", "\x1A"})
         cases.push_back({"1\n"s + bad + " 2\n3\n", {1, 2}, {1}});
     TempDir dir;
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.table);
-        EXPECT_EQ(countText(dir, c.table), c.count);
-        EXPECT_EQ(detail::countFileRecords(dir / "t.dat", 3), c.count);
-        std::vector<float> want = c.values;
+    for (const auto& [table, count, values] : cases) {
+        SCOPED_TRACE(table);
+        EXPECT_EQ(countText(dir, table), count);
+        EXPECT_EQ(detail::countFileRecords(dir / "t.dat", 3), count);
+        std::vector<float> want = values;
         want.push_back(0.0f);
-        EXPECT_EQ(readText(dir, c.table, want.size()), want);
+        EXPECT_EQ(readText(dir, table, want.size()), want);
     }
     // Fewer values asked than there are; files that cannot be opened.
     EXPECT_EQ(readText(dir, "1\n2\n3\n4\n", 2), (std::vector<float>{1, 2}));
@@ -267,13 +262,10 @@ TEST(PathFromCodes, AUnitZeroInTheNameReachesNoFile) {
 // of the intake called through the resolved pointers, every argument by
 // reference and the file name as UTF-16 code units.
 TEST(Binding, IntakeRoutinesResolveByTheirCNamesAndOpenNonAsciiNames) {
-    const Library tarnic;
-    ASSERT_NE(tarnic.handle, nullptr) << dlerror();
-    const auto count = tarnic.resolve<decltype(&CountFileRecords_dll)>("CountFileRecords_dll");
-    const auto read = tarnic.resolve<decltype(&ReadSignalFile_dll)>("ReadSignalFile_dll");
-    const auto split = tarnic.resolve<decltype(&DemulplexTable_dll)>("DemulplexTable_dll");
-    ASSERT_TRUE(count && read && split);
-
+    const auto count = dllRoutine<decltype(&CountFileRecords_dll)>("CountFileRecords_dll");
+    const auto read = dllRoutine<decltype(&ReadSignalFile_dll)>("ReadSignalFile_dll");
+    const auto split = dllRoutine<decltype(&DemulplexTable_dll)>("DemulplexTable_dll");
+    ASSERT_TRUE(count && read && split) << dlerror();
     TempDir dir;
     const std::filesystem::path folder = dir / std::filesystem::path(u8"Ölmessung"),
                                 clef = folder / std::filesystem::path(u8"𝄞.dat");
@@ -288,13 +280,14 @@ TEST(Binding, IntakeRoutinesResolveByTheirCNamesAndOpenNonAsciiNames) {
         std::int32_t length = static_cast<std::int32_t>(units.size()), nrec = -7, status = -7;
         count(units.data(), &length, &nrec, &status);
         EXPECT_EQ((std::array{nrec, status}), expected) << file;
+        std::vector<float> signal(4, 99.0f);
+        std::int32_t asked = 4;
+        read(units.data(), &length, &asked, signal.data());
+        EXPECT_EQ(signal, (file == clef ? std::vector<float>{1.5f, -2.0f, 300.0f, 0.0f}
+                                        : std::vector<float>(4, 0.0f)));
     }
-
     std::vector<std::int16_t> units = codeUnits(clef);
-    std::int32_t length = static_cast<std::int32_t>(units.size()), asked = 4, nrec = 3;
-    std::vector<float> signal(4, 99.0f);
-    read(units.data(), &length, &asked, signal.data());
-    EXPECT_EQ(signal, (std::vector<float>{1.5f, -2.0f, 300.0f, 0.0f}));
+    std::int32_t length = static_cast<std::int32_t>(units.size()), nrec = 3;
     split(units.data(), &length, &nrec);
     EXPECT_EQ(readBytes(folder / std::filesystem::path(u8"𝄞-Col2.dat")), "0\r\n1\r\n2\r\n");
 }

@@ -250,9 +250,7 @@ TEST(MultifractalDfa, DegenerateSeriesGiveFiniteOutputsAndSayWhy) {
         return std::all_of(v.begin(), v.end(), [](double x) { return std::isfinite(x); });
     };
     // Constant, and a parabola under order 2: nothing fluctuates.
-    std::vector<double> parabola(1000);
-    for (std::size_t t = 0; t < parabola.size(); ++t)
-        parabola[t] = 3.0 + 0.01 * t - 2e-5 * t * t;
+    const auto parabola = sampled(1000, [](double t) { return 3.0 + 0.01 * t - 2e-5 * t * t; });
     for (const std::vector<double>& x : {std::vector<double>(1000, 42.0), parabola}) {
         const MfdfaResult r = mfdfa(x, s);
         EXPECT_EQ(r.outcome, MfdfaOutcome::NoScaling);
@@ -273,34 +271,32 @@ TEST(MultifractalDfa, DegenerateSeriesGiveFiniteOutputsAndSayWhy) {
 // Orders above 10 count as 10, an unknown measure as the standard deviation, a
 // sample that is not a number as 0; a constant gives zeros on the unit grid.
 TEST(MfdfaBinding, WindowCallMatchesTheAnalysisWithItsParametersClamped) {
-    const Library library;
-    const auto run = library.resolve<decltype(&MF_DFA_dll)>("MF_DFA_dll");
+    const auto run = dllRoutine<decltype(&MF_DFA_dll)>("MF_DFA_dll");
     ASSERT_NE(run, nullptr);
-    std::vector<double> walk = randomWalk(2000, 77), nan = randomWalk(600, 3);
-    nan[100] = std::numeric_limits<double>::quiet_NaN();
-    std::vector<double> zeroed = nan;
+    std::vector<double> walk = randomWalk(1000, 3), zeroed = walk, flat(400, 5.0);
+    walk[100] = std::numeric_limits<double>::quiet_NaN();
     zeroed[100] = 0.0;
-    const std::tuple<std::vector<double>, std::int32_t, std::int32_t, std::int32_t, std::int32_t,
-                     std::vector<double>, MfdfaSettings>
-        cases[] = {{walk, 4, 0, 20, 400, walk, settings(4, M::Range, 20, 400, 200)},
-                   {nan, 12, 7, 20, 120, zeroed, settings(10, M::StandardDeviation, 20, 120, 100)},
-                   {std::vector<double>(400, 5.0), 4, 0, 20, 80, std::vector<double>(400, 5.0),
-                    settings(4, M::Range, 20, 80, 60)}};
-    for (auto [x, order, measure, minScale, maxScale, same, expected] : cases) {
-        SCOPED_TRACE(x.size());
-        const MfdfaResult r = mfdfa(same, expected);
-        std::int32_t n = static_cast<std::int32_t>(x.size()), alfaCount = 200, qCount = 200;
-        std::int32_t scaleCount = std::min(maxScale - minScale, 200);
+    // Series passed, order, measure, maxScale (minScale 20), series analysed, settings.
+    // clang-format off
+    const std::tuple<std::vector<double>*, std::int32_t, std::int32_t, std::int32_t,
+                     std::vector<double>*, MfdfaSettings> cases[] = {
+        {&zeroed, 4, 0, 400, &zeroed, settings(4, M::Range, 20, 400, 200)},
+        {&walk, 12, 7, 120, &zeroed, settings(10, M::StandardDeviation, 20, 120, 100)},
+        {&flat, 4, 0, 80, &flat, settings(4, M::Range, 20, 80, 60)}};
+    // clang-format on
+    for (auto [x, order, measure, maxScale, same, expected] : cases) {
+        SCOPED_TRACE(maxScale);
+        const MfdfaResult r = mfdfa(*same, expected);
+        std::int32_t n = static_cast<std::int32_t>(x->size()), minScale = 20, alfaCount = 200;
+        std::int32_t qCount = 200, scaleCount = std::min(maxScale - minScale, 200);
         double qMin = -10.0, qMax = 10.0;
         std::vector<double> alfa(200), fAlfa(200), table(200 * scaleCount + 1, -1.0);
-        run(x.data(), &n, &order, &measure, &minScale, &maxScale, &alfaCount, alfa.data(),
+        run(x->data(), &n, &order, &measure, &minScale, &maxScale, &alfaCount, alfa.data(),
             fAlfa.data(), &qMin, &qMax, &qCount, &scaleCount, table.data());
-        EXPECT_EQ(qCount, 200);
-        ASSERT_EQ(scaleCount, static_cast<std::int32_t>(r.scales.size()));
-        EXPECT_EQ(std::vector<double>(table.begin(), table.begin() + 200 * scaleCount), r.log10Z);
-        EXPECT_EQ(alfa, r.alpha);
-        EXPECT_EQ(fAlfa, r.f);
-        EXPECT_EQ(table[200 * scaleCount], -1.0); // nothing beyond
+        ASSERT_EQ(std::pair(qCount, scaleCount), std::pair(200, std::int32_t(r.scales.size())));
+        EXPECT_EQ(table.back(), -1.0); // nothing beyond
+        table.resize(200 * r.scales.size());
+        EXPECT_EQ(std::tuple(table, alfa, fAlfa), std::tuple(r.log10Z, r.alpha, r.f));
     }
 }
 

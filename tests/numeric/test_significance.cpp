@@ -55,12 +55,7 @@ TEST(WelchDegreesOfFreedom, HannWindowsExactValues) {
 }
 
 TEST(Ar1Fit, EstimatesAlphaAndFallsBackToWhiteNoise) {
-    struct Case {
-        std::vector<double> x;
-        double alpha, tolerance;
-        WhiteNoiseReason reason;
-    };
-    const Case cases[] = {
+    const std::tuple<std::vector<double>, double, double, WhiteNoiseReason> cases[] = {
         {ar2Noise(20000, 0.7, 0.0, 1.0, 3), 0.7, 0.015, WhiteNoiseReason::None},
         {ar2Noise(20000, 0.3, 0.0, 1.0, 4), 0.3, 0.02, WhiteNoiseReason::None},
         // An offset changes nothing: the lag product is taken about the mean.
@@ -70,15 +65,15 @@ TEST(Ar1Fit, EstimatesAlphaAndFallsBackToWhiteNoise) {
         {ar2Noise(15, 0.7, 0.0, 1.0, 6), 0.0, 0.0, WhiteNoiseReason::TooShort},
         {std::vector<double>(100, 3.0), 0.0, 0.0, WhiteNoiseReason::NoVariation},
     };
-    for (const Case& c : cases) {
-        const Ar1Fit fit = fitAr1(c.x);
-        EXPECT_EQ(fit.reason, c.reason) << "alpha " << c.alpha;
-        EXPECT_EQ(fit.whiteNoise, c.reason != WhiteNoiseReason::None);
-        EXPECT_NEAR(fit.alpha, c.alpha, c.tolerance);
+    for (const auto& [x, alpha, tolerance, reason] : cases) {
+        const Ar1Fit fit = fitAr1(x);
+        EXPECT_EQ(fit.reason, reason) << "alpha " << alpha;
+        EXPECT_EQ(fit.whiteNoise, reason != WhiteNoiseReason::None);
+        EXPECT_NEAR(fit.alpha, alpha, tolerance);
     }
     // The variance stays what the series has: 1 / (1 - 0.7^2) for unit innovations.
-    EXPECT_TRUE(isNear(fitAr1(cases[0].x).variance, 1.0 / 0.51, 0.0, 0.05));
-    EXPECT_TRUE(isNear(fitAr1(cases[3].x).variance, 1.0 / 0.75, 0.0, 0.05));
+    EXPECT_TRUE(isNear(fitAr1(std::get<0>(cases[0])).variance, 1.0 / 0.51, 0.0, 0.05));
+    EXPECT_TRUE(isNear(fitAr1(std::get<0>(cases[3])).variance, 1.0 / 0.75, 0.0, 0.05));
 }
 
 // The background must lie on the estimates the run makes, in their units

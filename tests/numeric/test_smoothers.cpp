@@ -169,21 +169,18 @@ TEST(LocalPolynomialSmooth, MatchesTheDirectWindowFits) {
 
 TEST(SmoothingDll, ArgumentsComeInTheOrderOfTheBinding) {
     const std::vector<double> x = whiteNoise(120, 1.0, 9);
-    std::vector<double> trend(x.size(), -1.0);
-    std::int32_t count = 120, radius = 10, order = 3;
+    std::vector<double> trend(x.size(), -1.0), untouched(3, -1.0);
+    std::int32_t count = 120, radius = 10, none = 0;
     double kernelRadius = 10.0;
     KernSmooth_dll(x.data(), trend.data(), &count, &kernelRadius);
     EXPECT_TRUE(allNear(trend, directKernelSmooth(x, 10.0), 1e-13));
-    UniStepOrthSmooth_dll(x.data(), &count, &radius, &order, trend.data());
-    EXPECT_TRUE(allNear(trend, directLocalPolynomial(x, 10, 3), 1e-12));
-    order = -4; // reads as 0: the moving average
-    UniStepOrthSmooth_dll(x.data(), &count, &radius, &order, trend.data());
-    EXPECT_TRUE(allNear(trend, directLocalPolynomial(x, 10, 0), 1e-12));
+    for (std::int32_t order : {3, -4}) { // -4 reads as 0: the moving average
+        UniStepOrthSmooth_dll(x.data(), &count, &radius, &order, trend.data());
+        EXPECT_TRUE(allNear(trend, directLocalPolynomial(x, 10, std::max(order, 0)), 1e-12));
+    }
     // Empty or missing arguments write nothing.
-    std::vector<double> untouched(3, -1.0);
-    count = 0;
-    KernSmooth_dll(x.data(), untouched.data(), &count, &kernelRadius);
-    UniStepOrthSmooth_dll(x.data(), &count, &radius, &order, untouched.data());
+    KernSmooth_dll(x.data(), untouched.data(), &none, &kernelRadius);
+    UniStepOrthSmooth_dll(x.data(), &none, &radius, &radius, untouched.data());
     KernSmooth_dll(x.data(), untouched.data(), nullptr, &kernelRadius);
     EXPECT_EQ(untouched, std::vector<double>(3, -1.0));
 }

@@ -13,17 +13,15 @@ using std::numbers::pi;
 using namespace test;
 
 std::vector<double> ramp(std::size_t n) {
-    std::vector<double> x(n);
-    std::iota(x.begin(), x.end(), 1.0);
-    return x;
+    return sampled(n, [](double t) { return t + 1; });
 }
 
 // A smooth record: two slow waves and a trend.
 std::vector<double> smooth(std::size_t n) {
-    std::vector<double> x(n);
-    for (std::size_t t = 0; t < n; ++t)
-        x[t] = 10.0 * std::sin(5 * pi * t / n) + 4.0 * std::cos(12 * pi * t / n) + 3.0 * t / n;
-    return x;
+    const double u = 1.0 / static_cast<double>(n);
+    return sampled(n, [u](double t) {
+        return 10.0 * std::sin(5 * pi * t * u) + 4.0 * std::cos(12 * pi * t * u) + 3.0 * t * u;
+    });
 }
 
 double rmsDifference(std::span<const double> a, std::span<const double> b) {
@@ -249,23 +247,26 @@ TEST(ThresholdFilter, RemovesTheRoundedShareOfTheSmallestDetails) {
 }
 
 // sigma = median |level-1 details| / 0.6745, lambda = sigma sqrt(2 ln n), and the
-// share of details below lambda; filtering with that share removes most noise.
+// share of details below lambda; filtering with that share removes most noise,
+// also for a length that is no power of two and a symlet. Pure noise lies below
+// lambda almost entirely; without fine details there is nothing to remove.
 TEST(DonohoJohnstone, EstimatesTheNoiseLevelAndItsShareRemovesTheNoise) {
-    const auto clean = smooth(4096);
-    const auto noisy = plus(clean, whiteNoise(4096, 2.0, 4242));
-    const DonohoJohnstoneLevel level = donohoJohnstoneLevel(noisy, scalingFilter(8));
-    EXPECT_NEAR(level.sigma, 2.0, 0.1);
-    EXPECT_NEAR(level.lambda, level.sigma * std::sqrt(2 * std::log(4096.0)), 1e-12);
-    EXPECT_TRUE(level.share > 0.8 && level.share < 1.0) << level.share;
-    for (std::int32_t code : {8, 16, 110}) {
-        const double share = donohoJohnstoneLevel(noisy, scalingFilter(code)).share;
-        const auto filtered = waveletThresholdFilter(noisy, scalingFilter(code), share);
-        EXPECT_LT(rmsDifference(filtered, clean), 0.5 * rmsDifference(noisy, clean)) << code;
+    // Length, noise sigma, seed, code, least and greatest share.
+    const std::tuple<std::size_t, double, unsigned, std::int32_t, double, double> cases[] = {
+        {4096, 2.0, 4242, 8, 0.8, 1.0},
+        {4096, 2.0, 4242, 16, 0.8, 1.0},
+        {4096, 2.0, 4242, 110, 0.8, 1.0},
+        {3000, 0.5, 99, 112, 0.5, 1.0}};
+    for (const auto& [n, sigma, seed, code, least, greatest] : cases) {
+        SCOPED_TRACE(testing::Message() << "n " << n << ", code " << code);
+        const auto clean = smooth(n), noisy = plus(clean, whiteNoise(n, sigma, seed));
+        const DonohoJohnstoneLevel level = donohoJohnstoneLevel(noisy, scalingFilter(code));
+        EXPECT_NEAR(level.sigma, sigma, 0.05 * sigma);
+        EXPECT_NEAR(level.lambda, level.sigma * std::sqrt(2 * std::log(double(n))), 1e-12);
+        EXPECT_TRUE(level.share > least && level.share < greatest) << level.share;
+        const auto filtered = waveletThresholdFilter(noisy, scalingFilter(code), level.share);
+        EXPECT_LT(rmsDifference(filtered, clean), 0.5 * rmsDifference(noisy, clean));
     }
-    // Not a power of two, a symlet: within 10 %. Pure noise lies below lambda
-    // almost entirely; without fine details there is nothing to remove.
-    const auto other = plus(smooth(3000), whiteNoise(3000, 0.5, 99));
-    EXPECT_NEAR(donohoJohnstoneLevel(other, scalingFilter(112)).sigma, 0.5, 0.05);
     const DonohoJohnstoneLevel noise =
         donohoJohnstoneLevel(whiteNoise(4096, 1.0, 5), scalingFilter(8));
     EXPECT_NEAR(noise.sigma, 1.0, 0.05);
