@@ -1,12 +1,16 @@
 #include "numeric/mfdfa.h"
 
+#include "numeric/workers.h"
+
 #include <Eigen/Core>
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <limits>
 #include <numbers>
 #include <numeric>
+#include <thread>
 
 namespace tarnic {
 namespace {
@@ -265,24 +269,39 @@ MfdfaResult mfdfa(std::span<const double> x, const MfdfaSettings& settings) {
     r.log10Z.assign(r.scales.size() * qn, 0.0);
     r.h.assign(qn, 0.0);
 
-    // ln Z(q, s) of every usable scale, to regress on ln s.
+    // ln Z(q, s) of every scale, the scales shared out among worker threads a
+    // scale at a time; each is computed the same way whichever thread takes it,
+    // so the result does not depend on their number. An empty row: no segment
+    // of that scale fluctuates.
     const double zeroLevel = zeroMeasureShare * maxAbs(x);
+    const std::size_t scaleCount = r.scales.size();
+    std::vector<std::vector<double>> lnZ(scaleCount);
+    std::atomic<std::size_t> next{0};
+    const std::size_t workers = std::clamp<std::size_t>(std::thread::hardware_concurrency(), 1,
+                                                        std::min<std::size_t>(8, scaleCount));
+    runWorkers(std::max<std::size_t>(workers, 1), [&](std::size_t) {
+        std::vector<double> logMeasures;
+        for (std::size_t i = next++; i < scaleCount; i = next++) {
+            const std::vector<double> measures =
+                segmentFluctuations(x, r.scales[i], settings.order, settings.measure);
+            logMeasures.clear();
+            for (double m : measures)
+                if (m > zeroLevel && std::isfinite(m)) logMeasures.push_back(std::log(m));
+            if (logMeasures.empty()) continue;
+            lnZ[i].resize(qn);
+            logPowerMeans(logMeasures, r.q, lnZ[i]);
+        }
+    });
+
+    // ln Z(q, s) of the usable scales, to regress on ln s.
     std::vector<double> logScale;
     std::vector<std::vector<double>> logZ(qn);
-    std::vector<double> logMeasures, lnZs(qn);
-    for (std::size_t i = 0; i < r.scales.size(); ++i) {
-        const std::vector<double> measures =
-            segmentFluctuations(x, r.scales[i], settings.order, settings.measure);
-        logMeasures.clear();
-        for (double m : measures)
-            if (m > zeroLevel && std::isfinite(m)) logMeasures.push_back(std::log(m));
-        if (logMeasures.empty()) continue;
+    for (std::size_t i = 0; i < scaleCount; ++i) {
+        if (lnZ[i].empty()) continue; // (always so without q: no scaling then)
         logScale.push_back(std::log(static_cast<double>(r.scales[i])));
-        logPowerMeans(logMeasures, r.q, lnZs);
         for (std::size_t j = 0; j < qn; ++j) {
-            const double lnZ = lnZs[j];
-            logZ[j].push_back(lnZ);
-            r.log10Z[i * qn + j] = lnZ / std::numbers::ln10;
+            logZ[j].push_back(lnZ[i][j]);
+            r.log10Z[i * qn + j] = lnZ[i][j] / std::numbers::ln10;
         }
     }
 
