@@ -18,6 +18,7 @@
 #include <fstream>
 #include <limits>
 #include <numbers>
+#include <span>
 #include <string>
 #include <thread>
 #include <utility>
@@ -77,38 +78,44 @@ void MorletWaveSvan_dll(std::int32_t* fragLeng, const float* fragment, float* sm
     try {
         const std::vector<double> x = samplesOf(fragment, n);
         // The bounds as the caller reads them back, so that rows and labels agree.
-        const tarnic::MorletTransform w = tarnic::morletTransform(
-            x, tarnic::morletPeriods(static_cast<float>(lo), static_cast<float>(hi), rows));
-        // The map's logarithms (as costly as the transform) in as many stretches
-        // as there are cores; each cell's value is the same whoever computes it.
-        const std::size_t cells = w.power.size();
-        const std::size_t parts = std::clamp<std::size_t>(std::thread::hardware_concurrency(), 1, 8);
-        const auto stretch = [&](std::size_t k) {
-            return std::pair{cells * k / parts, cells * (k + 1) / parts};
-        };
-        std::vector<double> largestOf(parts, 0.0);
-        tarnic::runWorkers(parts, [&](std::size_t k) {
-            const auto [from, to] = stretch(k);
-            for (std::size_t c = from; c < to; ++c)
-                largestOf[k] = std::max(largestOf[k], w.power[c]);
-        });
-        const double largest = *std::max_element(largestOf.begin(), largestOf.end());
-        const double floor = std::max(1e-10 * largest, tiny);
-        // lg p as ln p / ln 10 (half the cost of log10(); the two differ by an
-        // ulp or two of a double, which the rounding to float hides).
-        const auto floorLog = static_cast<float>(std::log10(floor));
+        const std::vector<double> periods =
+            tarnic::morletPeriods(static_cast<float>(lo), static_cast<float>(hi), rows);
+        // Each row's logarithms are taken on the worker that computed it, lg p as
+        // ln p / ln 10 (half the cost of log10(); the two differ by an ulp or two
+        // of a double, which the rounding to float hides); cells at or below the
+        // floor, 1e-10 of the largest |W|^2 of the map, are raised to it once
+        // the largest is known (lg is increasing, so this is the logarithm of
+        // the floored value).
         const double lgE = 1.0 / std::numbers::ln10;
-        if (morletMapOut)
-            tarnic::runWorkers(parts, [&](std::size_t k) {
-                const auto [from, to] = stretch(k);
-                for (std::size_t c = from; c < to; ++c)
-                    morletMapOut[c] = w.power[c] > floor
-                                          ? static_cast<float>(std::log(w.power[c]) * lgE)
-                                          : floorLog;
+        const auto tinyLog = static_cast<float>(std::log10(tiny));
+        std::vector<double> largestOf(rows, 0.0);
+        const std::vector<double> spectrum = tarnic::morletTransformRows(
+            x, periods, [&](std::size_t i, std::span<const double> power) {
+                double largest = 0.0;
+                for (double p : power)
+                    largest = std::max(largest, p);
+                largestOf[i] = largest;
+                if (!morletMapOut) return;
+                float* out = morletMapOut + i * n;
+                for (std::size_t t = 0; t < n; ++t)
+                    out[t] = power[t] > tiny ? static_cast<float>(std::log(power[t]) * lgE) : tinyLog;
             });
+        const double largest =
+            rows > 0 ? *std::max_element(largestOf.begin(), largestOf.end()) : 0.0;
+        const double floor = std::max(1e-10 * largest, tiny);
+        const auto floorLog = static_cast<float>(std::log10(floor));
+        if (morletMapOut && floor > tiny) {
+            const std::size_t cells = rows * n;
+            const std::size_t parts =
+                std::clamp<std::size_t>(std::thread::hardware_concurrency(), 1, 8);
+            tarnic::runWorkers(parts, [&](std::size_t k) {
+                for (std::size_t c = cells * k / parts; c < cells * (k + 1) / parts; ++c)
+                    morletMapOut[c] = std::max(morletMapOut[c], floorLog);
+            });
+        }
         if (morletSpecOut)
             for (std::size_t i = 0; i < rows; ++i)
-                morletSpecOut[i] = clampToFloat(w.spectrum[i]);
+                morletSpecOut[i] = clampToFloat(spectrum[i]);
     } catch (...) {
         if (morletMapOut) std::fill_n(morletMapOut, rows * n, static_cast<float>(std::log10(tiny)));
         if (morletSpecOut) std::fill_n(morletSpecOut, rows, static_cast<float>(tiny));

@@ -128,15 +128,16 @@ SampleSpan morletOutsideCone(std::size_t n, double scale) {
     return span;
 }
 
-MorletTransform morletTransform(std::span<const double> x, std::span<const double> periods) {
-    MorletTransform result;
+namespace {
+
+// The transform's rows into keep (row i at keep + i n) or, keep null, each row
+// handed to sink as it is done; returns the spectrum.
+std::vector<double> transformRows(std::span<const double> x, std::span<const double> periods,
+                                  double* keep, const MorletRowSink& sink) {
     const std::size_t n = x.size();
     const std::size_t rows = periods.size();
-    result.samples = n;
-    result.periods.assign(periods.begin(), periods.end());
-    result.power.assign(n * rows, 0.0);
-    result.spectrum.assign(rows, 0.0);
-    if (n == 0 || rows == 0) return result;
+    std::vector<double> spectrumOut(rows, 0.0);
+    if (n == 0 || rows == 0) return spectrumOut;
 
     const std::size_t length = morletTransformLength(n);
     const std::size_t half = length / 2;
@@ -176,19 +177,20 @@ MorletTransform morletTransform(std::span<const double> x, std::span<const doubl
         FftBuffer<fftw_complex> roots; // exp(2 pi i j / L)
         FftBuffer<fftw_complex> fresh; // exp(2 pi i j t2 / L) for one t2
         FftBuffer<fftw_complex> z;     // the batch of transforms
-        explicit Work(std::size_t length)
-            : c(length / 2), roots(length / 2), fresh(length / 2), z(length) {}
+        std::vector<double> row;       // |W|^2 of one row, when not kept
+        Work(std::size_t length, std::size_t n)
+            : c(length / 2), roots(length / 2), fresh(length / 2), z(length), row(n) {}
     };
     const std::size_t workers =
         std::clamp<std::size_t>(std::thread::hardware_concurrency(), 1, std::min(maxWorkers, rows));
     std::vector<Work> work;
     work.reserve(workers);
     for (std::size_t w = 0; w < workers; ++w)
-        work.emplace_back(length);
+        work.emplace_back(length, keep ? 0 : n);
 
     const auto row = [&](std::size_t i, Work& b) {
         const double s = periods[i] / factor;
-        double* out = result.power.data() + i * n;
+        double* out = keep ? keep + i * n : b.row.data();
         const double kLow =
             std::max(1.0, std::ceil((kMorletOmega0 - kMorletBandHalfWidth) / (s * binStep)));
         const double kHigh =
@@ -264,7 +266,9 @@ MorletTransform morletTransform(std::span<const double> x, std::span<const doubl
                             out[t] = y[u][0] * y[u][0] + y[u][1] * y[u][1];
                     }
             }
-        } // else the band holds no bin: the row stays 0
+        } else { // the band holds no bin
+            std::fill_n(out, n, 0.0);
+        }
 
         // Time average outside the cone of influence.
         const SampleSpan outside = morletOutsideCone(n, s);
@@ -275,8 +279,9 @@ MorletTransform morletTransform(std::span<const double> x, std::span<const doubl
                 sums[u] += out[t + u];
         for (; t < outside.end; ++t)
             sums[0] += out[t];
-        result.spectrum[i] = ((sums[0] + sums[1]) + (sums[2] + sums[3])) /
-                             static_cast<double>(outside.end - outside.first);
+        spectrumOut[i] = ((sums[0] + sums[1]) + (sums[2] + sums[3])) /
+                         static_cast<double>(outside.end - outside.first);
+        if (!keep) sink(i, std::span<const double>(out, n));
     };
     // Rows are handed out one at a time (their cost varies tenfold with the
     // period); each row is computed the same way whichever thread takes it.
@@ -285,7 +290,23 @@ MorletTransform morletTransform(std::span<const double> x, std::span<const doubl
         for (std::size_t i = next++; i < rows; i = next++)
             row(i, work[w]);
     });
+    return spectrumOut;
+}
+
+} // namespace
+
+MorletTransform morletTransform(std::span<const double> x, std::span<const double> periods) {
+    MorletTransform result;
+    result.samples = x.size();
+    result.periods.assign(periods.begin(), periods.end());
+    result.power.assign(x.size() * periods.size(), 0.0);
+    result.spectrum = transformRows(x, periods, result.power.data(), {});
     return result;
+}
+
+std::vector<double> morletTransformRows(std::span<const double> x, std::span<const double> periods,
+                                        const MorletRowSink& sink) {
+    return transformRows(x, periods, nullptr, sink);
 }
 
 } // namespace tarnic
