@@ -123,6 +123,25 @@ TEST(MorletFastPath, EqualsTheFullLengthTransformOnAwkwardSizes) {
     }
 }
 
+// Rows handed out one by one are the kept map's, bit for bit, each row once.
+TEST(MorletFastPath, RowsHandedOutEqualTheKeptMap) {
+    for (std::size_t n : {1u, 17u, 4099u}) {
+        const std::vector<double> x = test::whiteNoise(n, 1.0, static_cast<unsigned>(n));
+        const std::vector<double> periods = morletPeriods(2.0, 2.0 * static_cast<double>(n), 23);
+        const MorletTransform kept = morletTransform(x, periods);
+        std::vector<double> power(n * periods.size(), -1.0);
+        std::vector<int> calls(periods.size(), 0);
+        const std::vector<double> spectrum =
+            morletTransformRows(x, periods, [&](std::size_t i, std::span<const double> row) {
+                ++calls[i]; // rows differ, so no two calls touch the same element
+                std::copy(row.begin(), row.end(), power.begin() + static_cast<std::ptrdiff_t>(i * n));
+            });
+        EXPECT_EQ(calls, std::vector<int>(periods.size(), 1)) << n;
+        EXPECT_EQ(power, kept.power) << n;
+        EXPECT_EQ(spectrum, kept.spectrum) << n;
+    }
+}
+
 // Known answers: a constant has no transform at all; a sinusoid
 // A cos(2 pi t / P) has, away from the ends, |W|^2 = (sqrt(pi) / 2) A^2 s
 // exp(-(s w - w0)^2) at the row of scale s (w = 2 pi / P), whatever the length
