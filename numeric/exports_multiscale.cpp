@@ -98,7 +98,8 @@ void MorletWaveSvan_dll(std::int32_t* fragLeng, const float* fragment, float* sm
                 if (!morletMapOut) return;
                 float* out = morletMapOut + i * n;
                 for (std::size_t t = 0; t < n; ++t)
-                    out[t] = power[t] > tiny ? static_cast<float>(std::log(power[t]) * lgE) : tinyLog;
+                    out[t] =
+                        power[t] > tiny ? static_cast<float>(std::log(power[t]) * lgE) : tinyLog;
             });
         const double largest =
             rows > 0 ? *std::max_element(largestOf.begin(), largestOf.end()) : 0.0;

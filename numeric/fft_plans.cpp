@@ -110,9 +110,9 @@ ComplexBatchPlan::ComplexBatchPlan(std::size_t m, std::size_t count, BatchLayout
     const int stride = interleaved ? howMany : 1;
     const int distance = interleaved ? 1 : size;
     std::lock_guard lock(plannerMutex);
-    plan_ = fftw_plan_many_dft(1, &size, howMany, data.data(), nullptr, stride, distance,
-                               data.data(), nullptr, stride, distance, FFTW_BACKWARD,
-                               FFTW_ESTIMATE);
+    plan_ =
+        fftw_plan_many_dft(1, &size, howMany, data.data(), nullptr, stride, distance, data.data(),
+                           nullptr, stride, distance, FFTW_BACKWARD, FFTW_ESTIMATE);
     if (!plan_) throw std::bad_alloc();
 }
 

@@ -69,16 +69,16 @@ class UnitRoots {
 // out[j * outStride] = a[j * aStride] w[j], j < count (complex products, each
 // part rounded as ar wr - ai wi and ar wi + ai wr, two-wide where SSE2 is).
 void multiply(const fftw_complex* __restrict a, std::size_t aStride,
-              const fftw_complex* __restrict w, fftw_complex* __restrict out,
-              std::size_t outStride, std::size_t count) {
+              const fftw_complex* __restrict w, fftw_complex* __restrict out, std::size_t outStride,
+              std::size_t count) {
 #ifdef __SSE2__
     const __m128d negateLow = _mm_set_pd(0.0, -0.0);
     for (std::size_t j = 0; j < count; ++j) {
         const __m128d x = _mm_loadu_pd(a[j * aStride]);
         const __m128d y = _mm_loadu_pd(w[j]);
-        const __m128d real = _mm_unpacklo_pd(y, y);            // wr wr
-        const __m128d imaginary = _mm_unpackhi_pd(y, y);       // wi wi
-        const __m128d swapped = _mm_shuffle_pd(x, x, 1);       // ai ar
+        const __m128d real = _mm_unpacklo_pd(y, y);      // wr wr
+        const __m128d imaginary = _mm_unpackhi_pd(y, y); // wi wi
+        const __m128d swapped = _mm_shuffle_pd(x, x, 1); // ai ar
         const __m128d cross = _mm_xor_pd(_mm_mul_pd(swapped, imaginary), negateLow);
         _mm_storeu_pd(out[j * outStride], _mm_add_pd(_mm_mul_pd(x, real), cross));
     }

@@ -43,10 +43,9 @@ MorletTransform plainMorlet(const std::vector<double>& x, const std::vector<doub
         spectrum[t] = x[t] - mean;
     const auto run = [length](std::vector<std::complex<double>>& in,
                               std::vector<std::complex<double>>& out, int sign) {
-        fftw_plan plan = fftw_plan_dft_1d(static_cast<int>(length),
-                                          reinterpret_cast<fftw_complex*>(in.data()),
-                                          reinterpret_cast<fftw_complex*>(out.data()), sign,
-                                          FFTW_ESTIMATE);
+        fftw_plan plan =
+            fftw_plan_dft_1d(static_cast<int>(length), reinterpret_cast<fftw_complex*>(in.data()),
+                             reinterpret_cast<fftw_complex*>(out.data()), sign, FFTW_ESTIMATE);
         fftw_execute(plan);
         fftw_destroy_plan(plan);
     };
@@ -58,8 +57,8 @@ MorletTransform plainMorlet(const std::vector<double>& x, const std::vector<doub
         const double s = periods[i] / morletFourierFactor();
         std::vector<std::complex<double>> a(length, 0.0);
         for (std::size_t k = 1; k <= length / 2; ++k) {
-            const double d = s * 2.0 * pi * static_cast<double>(k) / static_cast<double>(length) -
-                             kMorletOmega0;
+            const double d =
+                s * 2.0 * pi * static_cast<double>(k) / static_cast<double>(length) - kMorletOmega0;
             if (std::abs(d) <= kMorletBandHalfWidth)
                 a[k] = bins[k] * std::sqrt(2.0 * pi * s) * std::pow(pi, -0.25) *
                        std::exp(-0.5 * d * d);
@@ -108,11 +107,10 @@ struct MorletCase {
 // any bin (an empty band).
 TEST(MorletFastPath, EqualsTheFullLengthTransformOnAwkwardSizes) {
     const MorletCase cases[] = {
-        {1, 2.0, 8.0, 3, 5},          {2, 0.5, 4.0, 4, 6},
-        {3, 2.0, 3.0, 2, 7},          {17, 1.0, 200.0, 9, 8},
-        {64, 2.0, 64.0, 12, 0},       {65, 2.0, 1e6, 15, 9},
-        {997, 2.0, 997.0, 30, 10},    {4096, 2.0, 1024.0, 25, 0},
-        {4099, 1.5, 4000.0, 25, 11},  {10000, 2.0, 2500.0, 200, 0},
+        {1, 2.0, 8.0, 3, 5},          {2, 0.5, 4.0, 4, 6},        {3, 2.0, 3.0, 2, 7},
+        {17, 1.0, 200.0, 9, 8},       {64, 2.0, 64.0, 12, 0},     {65, 2.0, 1e6, 15, 9},
+        {997, 2.0, 997.0, 30, 10},    {4096, 2.0, 1024.0, 25, 0}, {4099, 1.5, 4000.0, 25, 11},
+        {10000, 2.0, 2500.0, 200, 0},
     };
     for (const auto& c : cases) {
         const std::vector<double> x =
@@ -134,7 +132,8 @@ TEST(MorletFastPath, RowsHandedOutEqualTheKeptMap) {
         const std::vector<double> spectrum =
             morletTransformRows(x, periods, [&](std::size_t i, std::span<const double> row) {
                 ++calls[i]; // rows differ, so no two calls touch the same element
-                std::copy(row.begin(), row.end(), power.begin() + static_cast<std::ptrdiff_t>(i * n));
+                std::copy(row.begin(), row.end(),
+                          power.begin() + static_cast<std::ptrdiff_t>(i * n));
             });
         EXPECT_EQ(calls, std::vector<int>(periods.size(), 1)) << n;
         EXPECT_EQ(power, kept.power) << n;
@@ -157,9 +156,8 @@ TEST(MorletFastPath, ConstantGivesZerosAndSinusoidsTheirRidgeOnEveryBatchShape) 
         std::size_t n;
         double period, row; // the row's Fourier period
     };
-    const Sinusoid sinusoids[] = {{8192, 4.0, 4.0},     {8192, 4.0, 5.0},   {8191, 64.0, 64.0},
-                                  {8191, 64.0, 50.0},   {10000, 250.0, 250.0},
-                                  {10000, 250.0, 300.0}};
+    const Sinusoid sinusoids[] = {{8192, 4.0, 4.0},   {8192, 4.0, 5.0},      {8191, 64.0, 64.0},
+                                  {8191, 64.0, 50.0}, {10000, 250.0, 250.0}, {10000, 250.0, 300.0}};
     for (const auto& c : sinusoids) {
         const MorletTransform w =
             morletTransform(test::sinusoid(c.n, 1.0 / c.period, 2.0), std::vector<double>{c.row});
@@ -198,7 +196,8 @@ PlainMfdfa plainMfdfa(const std::vector<double>& x, const MfdfaSettings& setting
             fit.residual(std::span(x).subspan(k, s), dy);
             double m = 0.0;
             if (settings.measure == FluctuationMeasure::Range) {
-                m = *std::max_element(dy.begin(), dy.end()) - *std::min_element(dy.begin(), dy.end());
+                m = *std::max_element(dy.begin(), dy.end()) -
+                    *std::min_element(dy.begin(), dy.end());
             } else {
                 for (double v : dy)
                     m += v * v;
