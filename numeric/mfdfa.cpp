@@ -222,10 +222,15 @@ std::vector<double> removePolynomialTrend(std::span<const double> x, int order) 
     return out;
 }
 
-std::vector<double> segmentFluctuations(std::span<const double> x, std::size_t s, int order,
-                                        FluctuationMeasure measure) {
-    std::vector<double> out;
-    if (s == 0 || x.size() < s) return out;
+namespace {
+
+// segmentFluctuations() into out, the residuals kept in `residuals` (grown as
+// needed), so that a worker going through many scales allocates them once.
+void segmentMeasures(std::span<const double> x, std::size_t s, int order,
+                     FluctuationMeasure measure, std::vector<double>& residuals,
+                     std::vector<double>& out) {
+    out.clear();
+    if (s == 0 || x.size() < s) return;
     const PolynomialDetrender detrender(s, order);
     const std::size_t segments = x.size() / s;
     // The segments side by side are the columns of an s x K matrix Y; with the
@@ -233,10 +238,13 @@ std::vector<double> segmentFluctuations(std::span<const double> x, std::size_t s
     // Y - Q (Q^T Y): two matrix products instead of K separate fits.
     using Matrix = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic>;
     const auto rows = static_cast<Eigen::Index>(s);
-    const Eigen::Map<const Matrix> y(x.data(), rows, static_cast<Eigen::Index>(segments));
+    const auto columns = static_cast<Eigen::Index>(segments);
+    const Eigen::Map<const Matrix> y(x.data(), rows, columns);
     const Eigen::Map<const Matrix> q(detrender.basis().data(), rows,
                                      static_cast<Eigen::Index>(detrender.rank()));
-    Matrix dy = y;
+    if (residuals.size() < s * segments) residuals.resize(s * segments);
+    Eigen::Map<Matrix> dy(residuals.data(), rows, columns);
+    dy = y;
     if (detrender.rank() > 0) {
         const Matrix coefficients = q.transpose() * y;
         dy.noalias() -= q * coefficients;
@@ -248,6 +256,14 @@ std::vector<double> segmentFluctuations(std::span<const double> x, std::size_t s
                      ? column.maxCoeff() - column.minCoeff()
                      : std::sqrt(column.squaredNorm() / static_cast<double>(s));
     }
+}
+
+} // namespace
+
+std::vector<double> segmentFluctuations(std::span<const double> x, std::size_t s, int order,
+                                        FluctuationMeasure measure) {
+    std::vector<double> residuals, out;
+    segmentMeasures(x, s, order, measure, residuals, out);
     return out;
 }
 
@@ -316,10 +332,9 @@ MfdfaResult mfdfa(std::span<const double> x, const MfdfaSettings& settings) {
     const std::size_t workers = std::clamp<std::size_t>(std::thread::hardware_concurrency(), 1,
                                                         std::min<std::size_t>(8, scaleCount));
     runWorkers(std::max<std::size_t>(workers, 1), [&](std::size_t) {
-        std::vector<double> logMeasures;
+        std::vector<double> logMeasures, measures, residuals;
         for (std::size_t i = next++; i < scaleCount; i = next++) {
-            const std::vector<double> measures =
-                segmentFluctuations(x, r.scales[i], settings.order, settings.measure);
+            segmentMeasures(x, r.scales[i], settings.order, settings.measure, residuals, measures);
             logMeasures.clear();
             for (double m : measures)
                 if (m > zeroLevel && std::isfinite(m)) logMeasures.push_back(std::log(m));
