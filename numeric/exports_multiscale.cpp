@@ -8,6 +8,7 @@
 #include "numeric/intake.h"
 #include "numeric/mfdfa.h"
 #include "numeric/morlet.h"
+#include "numeric/workers.h"
 #include "numeric/wtmm.h"
 
 #include <algorithm>
@@ -16,7 +17,11 @@
 #include <filesystem>
 #include <fstream>
 #include <limits>
+#include <numbers>
+#include <span>
 #include <string>
+#include <thread>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -73,18 +78,45 @@ void MorletWaveSvan_dll(std::int32_t* fragLeng, const float* fragment, float* sm
     try {
         const std::vector<double> x = samplesOf(fragment, n);
         // The bounds as the caller reads them back, so that rows and labels agree.
-        const tarnic::MorletTransform w = tarnic::morletTransform(
-            x, tarnic::morletPeriods(static_cast<float>(lo), static_cast<float>(hi), rows));
-        double largest = 0.0;
-        for (double p : w.power)
-            largest = std::max(largest, p);
+        const std::vector<double> periods =
+            tarnic::morletPeriods(static_cast<float>(lo), static_cast<float>(hi), rows);
+        // Each row's logarithms are taken on the worker that computed it, lg p as
+        // ln p / ln 10 (half the cost of log10(); the two differ by an ulp or two
+        // of a double, which the rounding to float hides); cells at or below the
+        // floor, 1e-10 of the largest |W|^2 of the map, are raised to it once
+        // the largest is known (lg is increasing, so this is the logarithm of
+        // the floored value).
+        const double lgE = 1.0 / std::numbers::ln10;
+        const auto tinyLog = static_cast<float>(std::log10(tiny));
+        std::vector<double> largestOf(rows, 0.0);
+        const std::vector<double> spectrum = tarnic::morletTransformRows(
+            x, periods, [&](std::size_t i, std::span<const double> power) {
+                double largest = 0.0;
+                for (double p : power)
+                    largest = std::max(largest, p);
+                largestOf[i] = largest;
+                if (!morletMapOut) return;
+                float* out = morletMapOut + i * n;
+                for (std::size_t t = 0; t < n; ++t)
+                    out[t] =
+                        power[t] > tiny ? static_cast<float>(std::log(power[t]) * lgE) : tinyLog;
+            });
+        const double largest =
+            rows > 0 ? *std::max_element(largestOf.begin(), largestOf.end()) : 0.0;
         const double floor = std::max(1e-10 * largest, tiny);
-        if (morletMapOut)
-            for (std::size_t k = 0; k < w.power.size(); ++k)
-                morletMapOut[k] = static_cast<float>(std::log10(std::max(w.power[k], floor)));
+        const auto floorLog = static_cast<float>(std::log10(floor));
+        if (morletMapOut && floor > tiny) {
+            const std::size_t cells = rows * n;
+            const std::size_t parts =
+                std::clamp<std::size_t>(std::thread::hardware_concurrency(), 1, 8);
+            tarnic::runWorkers(parts, [&](std::size_t k) {
+                for (std::size_t c = cells * k / parts; c < cells * (k + 1) / parts; ++c)
+                    morletMapOut[c] = std::max(morletMapOut[c], floorLog);
+            });
+        }
         if (morletSpecOut)
             for (std::size_t i = 0; i < rows; ++i)
-                morletSpecOut[i] = clampToFloat(w.spectrum[i]);
+                morletSpecOut[i] = clampToFloat(spectrum[i]);
     } catch (...) {
         if (morletMapOut) std::fill_n(morletMapOut, rows * n, static_cast<float>(std::log10(tiny)));
         if (morletSpecOut) std::fill_n(morletSpecOut, rows, static_cast<float>(tiny));

@@ -6,6 +6,7 @@
 #include <mutex>
 #include <new>
 #include <stdexcept>
+#include <tuple>
 #include <utility>
 
 namespace tarnic {
@@ -96,6 +97,43 @@ std::shared_ptr<const RealFftPlan> recentRealFftPlan(std::size_t n, FftDirection
         recent.pop_back();
     }
     return plan;
+}
+
+ComplexBatchPlan::ComplexBatchPlan(std::size_t m, std::size_t count, BatchLayout layout) {
+    const std::size_t limit = static_cast<std::size_t>(std::numeric_limits<int>::max());
+    if (m == 0 || count == 0 || m > limit || count > limit || m * count > limit)
+        throw std::length_error("FFT batch out of range");
+    FftBuffer<fftw_complex> data(m * count);
+    const int size = static_cast<int>(m);
+    const int howMany = static_cast<int>(count);
+    const bool interleaved = layout == BatchLayout::Interleaved;
+    const int stride = interleaved ? howMany : 1;
+    const int distance = interleaved ? 1 : size;
+    std::lock_guard lock(plannerMutex);
+    plan_ =
+        fftw_plan_many_dft(1, &size, howMany, data.data(), nullptr, stride, distance, data.data(),
+                           nullptr, stride, distance, FFTW_BACKWARD, FFTW_ESTIMATE);
+    if (!plan_) throw std::bad_alloc();
+}
+
+ComplexBatchPlan::~ComplexBatchPlan() {
+    std::lock_guard lock(plannerMutex);
+    fftw_destroy_plan(plan_);
+}
+
+void ComplexBatchPlan::backward(fftw_complex* data) const {
+    fftw_execute_dft(plan_, data, data);
+}
+
+const ComplexBatchPlan& complexBatchPlan(std::size_t m, std::size_t count, BatchLayout layout) {
+    static std::mutex cacheMutex;
+    static std::map<std::tuple<std::size_t, std::size_t, BatchLayout>,
+                    std::unique_ptr<ComplexBatchPlan>>
+        cache;
+    std::lock_guard lock(cacheMutex);
+    std::unique_ptr<ComplexBatchPlan>& slot = cache[{m, count, layout}];
+    if (!slot) slot = std::make_unique<ComplexBatchPlan>(m, count, layout);
+    return *slot;
 }
 
 } // namespace tarnic

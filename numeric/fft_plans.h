@@ -113,4 +113,33 @@ const RealFftPlan& realFftPlan(std::size_t n, FftDirection direction);
 // caller holds them any more.
 std::shared_ptr<const RealFftPlan> recentRealFftPlan(std::size_t n, FftDirection direction);
 
+// How the transforms of a batch lie in their shared array of m * count bins:
+// element j of transform r at
+enum class BatchLayout {
+    Interleaved, // j * count + r  (the transforms woven together; FFTW runs
+                 //                 them side by side, fast for few long ones)
+    Consecutive, // r * m + j      (one after another; fast for many short ones)
+};
+
+// A batch of `count` complex backward transforms of length m, in place:
+//     y_r[t] = sum_j z_r[j] exp(+2 pi i jt/m),   t = 0 .. m-1,
+// planned with FFTW_ESTIMATE like the real plans.
+class ComplexBatchPlan {
+  public:
+    ComplexBatchPlan(std::size_t m, std::size_t count, BatchLayout layout);
+    ~ComplexBatchPlan();
+    ComplexBatchPlan(const ComplexBatchPlan&) = delete;
+    ComplexBatchPlan& operator=(const ComplexBatchPlan&) = delete;
+
+    // data: m * count bins from FftBuffer, transformed in place. Any thread.
+    void backward(fftw_complex* data) const;
+
+  private:
+    fftw_plan plan_ = nullptr;
+};
+
+// The batch plan for (m, count, layout), made on first use and kept for the
+// life of the process, as realFftPlan() keeps its plans.
+const ComplexBatchPlan& complexBatchPlan(std::size_t m, std::size_t count, BatchLayout layout);
+
 } // namespace tarnic

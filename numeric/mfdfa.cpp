@@ -1,12 +1,16 @@
 #include "numeric/mfdfa.h"
 
+#include "numeric/workers.h"
+
 #include <Eigen/Core>
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <limits>
 #include <numbers>
 #include <numeric>
+#include <thread>
 
 namespace tarnic {
 namespace {
@@ -16,11 +20,16 @@ constexpr double zeroMeasureShare = 1e-11;
 // |q| below this is q = 0 (the geometric-mean limit).
 constexpr double zeroQ = 1e-12;
 
-double dot(const double* a, const double* b, std::size_t n) {
-    double s = 0.0;
-    for (std::size_t i = 0; i < n; ++i)
-        s += a[i] * b[i];
-    return s;
+// Four running sums, so that no addition waits on the one before.
+double dot(const double* __restrict a, const double* __restrict b, std::size_t n) {
+    double s[4] = {0.0, 0.0, 0.0, 0.0};
+    std::size_t i = 0;
+    for (; i + 4 <= n; i += 4)
+        for (std::size_t u = 0; u < 4; ++u)
+            s[u] += a[i + u] * b[i + u];
+    for (; i < n; ++i)
+        s[0] += a[i] * b[i];
+    return (s[0] + s[1]) + (s[2] + s[3]);
 }
 
 double maxAbs(std::span<const double> x) {
@@ -44,12 +53,45 @@ double logPowerMean(std::span<const double> logMeasures, double q) {
     return pivot + (std::log(sum) - std::log(count)) / q;
 }
 
+// Sum of x[0 .. count-1] in four running sums, so that no addition waits on
+// the one before (the order of the additions differs from the plain loop's by
+// rounding only).
+double sumOf(const double* __restrict x, std::size_t count) {
+    double s[4] = {0.0, 0.0, 0.0, 0.0};
+    std::size_t k = 0;
+    for (; k + 4 <= count; k += 4)
+        for (std::size_t u = 0; u < 4; ++u)
+            s[u] += x[k + u];
+    for (; k < count; ++k)
+        s[0] += x[k];
+    return (s[0] + s[1]) + (s[2] + s[3]);
+}
+
+// power[k] *= ratio[k] for every k, and the sum of the new powers as sumOf().
+double scaleAndSum(double* __restrict power, const double* __restrict ratio, std::size_t count) {
+    double s[4] = {0.0, 0.0, 0.0, 0.0};
+    std::size_t k = 0;
+    for (; k + 4 <= count; k += 4)
+        for (std::size_t u = 0; u < 4; ++u) {
+            power[k + u] *= ratio[k + u];
+            s[u] += power[k + u];
+        }
+    for (; k < count; ++k) {
+        power[k] *= ratio[k];
+        s[0] += power[k];
+    }
+    return (s[0] + s[1]) + (s[2] + s[3]);
+}
+
+// Powers of consecutive q are taken afresh by exp() at every exactEvery-th q.
+constexpr std::size_t exactEvery = 32;
+
 // logPowerMean() for every q of `q` at once, into out. For q evenly spaced (as
 // the analysis makes them) the powers of a measure over consecutive q form a
 // geometric sequence, r^(q + dq) = r^q r^dq: each power is the previous one
 // times a ratio formed once per measure, and taken afresh by exp() at every
-// 16th q, so rounding grows over at most 15 products (a few 1e-15) while 15
-// of every 16 exponentials are saved. Other q are done one by one.
+// 32nd q, so rounding grows over at most 31 products (below 1e-14) while 31
+// of every 32 exponentials are saved. Other q are done one by one.
 void logPowerMeans(std::span<const double> logMeasures, std::span<const double> q,
                    std::span<double> out) {
     const std::size_t qn = q.size();
@@ -80,16 +122,12 @@ void logPowerMeans(std::span<const double> logMeasures, std::span<const double> 
                 continue;
             }
             double sum = 0.0;
-            if (run % 16 == 0) {
-                for (std::size_t k = 0; k < count; ++k) {
+            if (run % exactEvery == 0) {
+                for (std::size_t k = 0; k < count; ++k)
                     power[k] = std::exp(q[j] * distance[k]);
-                    sum += power[k];
-                }
+                sum = sumOf(power.data(), count);
             } else {
-                for (std::size_t k = 0; k < count; ++k) {
-                    power[k] *= ratio[k];
-                    sum += power[k];
-                }
+                sum = scaleAndSum(power.data(), ratio.data(), count);
             }
             ++run;
             out[j] = pivot + (std::log(sum) - logCount) / q[j];
@@ -156,8 +194,10 @@ PolynomialDetrender::PolynomialDetrender(std::size_t length, int order) : length
         }
         const double norm = std::sqrt(dot(v.data(), v.data(), length));
         if (!(norm > 1e-10 * before)) break; // no new direction left
-        for (double& value : v)
-            basis_.push_back(value / norm);
+        basis_.resize((k + 1) * length);
+        double* column = basis_.data() + k * length;
+        for (std::size_t t = 0; t < length; ++t)
+            column[t] = v[t] / norm;
         rank_ = k + 1;
     }
 }
@@ -182,10 +222,15 @@ std::vector<double> removePolynomialTrend(std::span<const double> x, int order) 
     return out;
 }
 
-std::vector<double> segmentFluctuations(std::span<const double> x, std::size_t s, int order,
-                                        FluctuationMeasure measure) {
-    std::vector<double> out;
-    if (s == 0 || x.size() < s) return out;
+namespace {
+
+// segmentFluctuations() into out, the residuals kept in `residuals` (grown as
+// needed), so that a worker going through many scales allocates them once.
+void segmentMeasures(std::span<const double> x, std::size_t s, int order,
+                     FluctuationMeasure measure, std::vector<double>& residuals,
+                     std::vector<double>& out) {
+    out.clear();
+    if (s == 0 || x.size() < s) return;
     const PolynomialDetrender detrender(s, order);
     const std::size_t segments = x.size() / s;
     // The segments side by side are the columns of an s x K matrix Y; with the
@@ -193,10 +238,13 @@ std::vector<double> segmentFluctuations(std::span<const double> x, std::size_t s
     // Y - Q (Q^T Y): two matrix products instead of K separate fits.
     using Matrix = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic>;
     const auto rows = static_cast<Eigen::Index>(s);
-    const Eigen::Map<const Matrix> y(x.data(), rows, static_cast<Eigen::Index>(segments));
+    const auto columns = static_cast<Eigen::Index>(segments);
+    const Eigen::Map<const Matrix> y(x.data(), rows, columns);
     const Eigen::Map<const Matrix> q(detrender.basis().data(), rows,
                                      static_cast<Eigen::Index>(detrender.rank()));
-    Matrix dy = y;
+    if (residuals.size() < s * segments) residuals.resize(s * segments);
+    Eigen::Map<Matrix> dy(residuals.data(), rows, columns);
+    dy = y;
     if (detrender.rank() > 0) {
         const Matrix coefficients = q.transpose() * y;
         dy.noalias() -= q * coefficients;
@@ -208,6 +256,14 @@ std::vector<double> segmentFluctuations(std::span<const double> x, std::size_t s
                      ? column.maxCoeff() - column.minCoeff()
                      : std::sqrt(column.squaredNorm() / static_cast<double>(s));
     }
+}
+
+} // namespace
+
+std::vector<double> segmentFluctuations(std::span<const double> x, std::size_t s, int order,
+                                        FluctuationMeasure measure) {
+    std::vector<double> residuals, out;
+    segmentMeasures(x, s, order, measure, residuals, out);
     return out;
 }
 
@@ -265,24 +321,38 @@ MfdfaResult mfdfa(std::span<const double> x, const MfdfaSettings& settings) {
     r.log10Z.assign(r.scales.size() * qn, 0.0);
     r.h.assign(qn, 0.0);
 
-    // ln Z(q, s) of every usable scale, to regress on ln s.
+    // ln Z(q, s) of every scale, the scales shared out among worker threads a
+    // scale at a time; each is computed the same way whichever thread takes it,
+    // so the result does not depend on their number. An empty row: no segment
+    // of that scale fluctuates.
     const double zeroLevel = zeroMeasureShare * maxAbs(x);
+    const std::size_t scaleCount = r.scales.size();
+    std::vector<std::vector<double>> lnZ(scaleCount);
+    std::atomic<std::size_t> next{0};
+    const std::size_t workers = std::clamp<std::size_t>(std::thread::hardware_concurrency(), 1,
+                                                        std::min<std::size_t>(8, scaleCount));
+    runWorkers(std::max<std::size_t>(workers, 1), [&](std::size_t) {
+        std::vector<double> logMeasures, measures, residuals;
+        for (std::size_t i = next++; i < scaleCount; i = next++) {
+            segmentMeasures(x, r.scales[i], settings.order, settings.measure, residuals, measures);
+            logMeasures.clear();
+            for (double m : measures)
+                if (m > zeroLevel && std::isfinite(m)) logMeasures.push_back(std::log(m));
+            if (logMeasures.empty()) continue;
+            lnZ[i].resize(qn);
+            logPowerMeans(logMeasures, r.q, lnZ[i]);
+        }
+    });
+
+    // ln Z(q, s) of the usable scales, to regress on ln s.
     std::vector<double> logScale;
     std::vector<std::vector<double>> logZ(qn);
-    std::vector<double> logMeasures, lnZs(qn);
-    for (std::size_t i = 0; i < r.scales.size(); ++i) {
-        const std::vector<double> measures =
-            segmentFluctuations(x, r.scales[i], settings.order, settings.measure);
-        logMeasures.clear();
-        for (double m : measures)
-            if (m > zeroLevel && std::isfinite(m)) logMeasures.push_back(std::log(m));
-        if (logMeasures.empty()) continue;
+    for (std::size_t i = 0; i < scaleCount; ++i) {
+        if (lnZ[i].empty()) continue; // (always so without q: no scaling then)
         logScale.push_back(std::log(static_cast<double>(r.scales[i])));
-        logPowerMeans(logMeasures, r.q, lnZs);
         for (std::size_t j = 0; j < qn; ++j) {
-            const double lnZ = lnZs[j];
-            logZ[j].push_back(lnZ);
-            r.log10Z[i * qn + j] = lnZ / std::numbers::ln10;
+            logZ[j].push_back(lnZ[i][j]);
+            r.log10Z[i * qn + j] = lnZ[i][j] / std::numbers::ln10;
         }
     }
 

@@ -25,6 +25,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <span>
 #include <vector>
 
@@ -69,5 +70,16 @@ struct MorletTransform {
 // computed the same way whichever thread takes it, so the result does not depend
 // on their number. A constant series gives zeros.
 MorletTransform morletTransform(std::span<const double> x, std::span<const double> periods);
+
+// Receives row i of |W|^2 (its n samples) from morletTransformRows(); called on
+// the worker threads, once per row, rows in no fixed order, so it must be safe
+// to call for different rows at once. The span is valid during the call only.
+using MorletRowSink = std::function<void(std::size_t, std::span<const double>)>;
+
+// As morletTransform(), with each row handed to sink as soon as it is done
+// instead of kept, for a caller that keeps the map in a form of its own (the
+// 8 bytes a cell of the whole map are never allocated). Returns the spectrum.
+std::vector<double> morletTransformRows(std::span<const double> x, std::span<const double> periods,
+                                        const MorletRowSink& sink);
 
 } // namespace tarnic

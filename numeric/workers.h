@@ -5,11 +5,13 @@
 #pragma once
 
 #include <atomic>
+#include <exception>
 #include <future>
 #include <system_error>
 #include <thread>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 namespace tarnic {
 
@@ -36,6 +38,37 @@ template <class Work> std::future<std::invoke_result_t<Work&>> startWorker(Work 
         }
     }
     return std::async(std::launch::deferred, std::move(work));
+}
+
+// Runs work(k) for k = 0 .. workers-1, all but the first on threads of their
+// own, and returns when all are done. A thread that cannot be started has its
+// share run on the calling thread after its own. An exception thrown by any
+// share is thrown again here once all have finished (the first one caught).
+template <class Work> void runWorkers(std::size_t workers, const Work& work) {
+    std::vector<std::exception_ptr> failures(workers);
+    const auto share = [&work, &failures](std::size_t k) {
+        try {
+            work(k);
+        } catch (...) {
+            failures[k] = std::current_exception();
+        }
+    };
+    std::size_t started = 1;
+    {
+        std::vector<std::jthread> threads;
+        for (; started < workers; ++started) {
+            try {
+                threads.push_back(startThread<std::jthread>([&share, started] { share(started); }));
+            } catch (const std::system_error&) {
+                break;
+            }
+        }
+        share(0);
+        for (std::size_t k = started; k < workers; ++k)
+            share(k);
+    } // joins the threads
+    for (const std::exception_ptr& failure : failures)
+        if (failure) std::rethrow_exception(failure);
 }
 
 } // namespace tarnic

@@ -3,6 +3,7 @@ add_executable(test_multiscale
     ${CMAKE_CURRENT_LIST_DIR}/test_morlet.cpp
     ${CMAKE_CURRENT_LIST_DIR}/test_wtmm.cpp
     ${CMAKE_CURRENT_LIST_DIR}/test_mfdfa.cpp
+    ${CMAKE_CURRENT_LIST_DIR}/test_multiscale_fast.cpp
 )
 target_link_libraries(test_multiscale PRIVATE tarnic_numeric GTest::gtest_main ${CMAKE_DL_LIBS})
 # The binding tests load the built library, as the program does.
