@@ -254,7 +254,7 @@ constexpr std::array<std::uint64_t, 17> makeInversePowersOfFive() {
 
 inline constexpr std::array<std::uint64_t, 17> kInversePowersOfFive = makeInversePowersOfFive();
 
-// The digits of a plain field of at most 16 bytes and 15 digits, as an integer:
+// The digits of a plain field of at most 16 bytes, as an integer:
 // the integer part moves one byte up over the decimal sign, everything outside
 // the digits is cleared, and the 16 bytes are read as a 16-digit number (pairs,
 // then fours, then eights, by multiply-adds), which is the field's digits times
@@ -318,26 +318,35 @@ inline bool roundOnce(std::uint64_t digits, int fractionDigits, bool negative, f
     return false;
 }
 
-// The reciprocals 10^-k as doubles, for k = 0..15.
-inline constexpr double kReciprocalPowers[] = {1e0,   1e-1,  1e-2,  1e-3,  1e-4,  1e-5,
-                                               1e-6,  1e-7,  1e-8,  1e-9,  1e-10, 1e-11,
-                                               1e-12, 1e-13, 1e-14, 1e-15};
+// The reciprocals 10^-k as doubles, for k = 0..22.
+inline constexpr double kReciprocalPowers[] = {
+    1e0,   1e-1,  1e-2,  1e-3,  1e-4,  1e-5,  1e-6,  1e-7,  1e-8,  1e-9,  1e-10, 1e-11,
+    1e-12, 1e-13, 1e-14, 1e-15, 1e-16, 1e-17, 1e-18, 1e-19, 1e-20, 1e-21, 1e-22};
 
-// roundOnce() for the values of a plain field of at most 16 bytes, which lie in
-// {0} and [1e-15, 1e15], far inside the float range, without the division: the
-// product of the digits and the rounded reciprocal is within 2 units in the last
-// place of the exact quotient (two roundings of relative size 2^-53 each), so
-// when it is more than 4 units away from a midpoint between two floats, no
-// midpoint lies between it and the quotient and both round to the same float.
-// Otherwise the division decides.
+// Rounds digits / 10^fractionDigits (at most 19 digits, fractionDigits <= 22) to
+// float without a division. Such values lie in {0} and [1e-22, 1e19], far inside
+// the float range. The product of the digits (as a double) and the rounded
+// reciprocal is three roundings of relative size 2^-53 away from the exact
+// quotient, less than 3 units in the last place; when it is more than 8 units
+// away from a midpoint between two floats, no midpoint lies between it and the
+// quotient and both round to the same float. Otherwise false: the caller
+// decides by roundOnce() or parseNumber().
 inline bool roundPlain(std::uint64_t digits, int fractionDigits, bool negative, float& value) {
     const double product = static_cast<double>(digits) * kReciprocalPowers[fractionDigits];
     const std::uint64_t below = std::bit_cast<std::uint64_t>(product) & ((std::uint64_t{1} << 29) - 1);
     const std::uint64_t midpoint = std::uint64_t{1} << 28;
-    if (below - (midpoint - 4) <= 8) return roundOnce(digits, fractionDigits, negative, value);
+    if (below - (midpoint - 8) <= 16) return false;
     const float f = static_cast<float>(product);
     value = negative ? -f : f;
     return true;
+}
+
+// The digits of a plain field of more than 16 bytes, byte by byte.
+inline std::uint64_t longPlainDigits(const char* p, const PlainField& f) {
+    std::uint64_t n = 0;
+    for (int i = f.signLength; i < f.length; ++i)
+        if (i != f.point) n = n * 10 + static_cast<unsigned>(p[i] - '0');
+    return n;
 }
 
 // Steps from a field start over the field; returns its end.
@@ -391,20 +400,25 @@ template <bool kDecimalComma> inline bool isNumberField(const Window& w, char* p
 }
 
 // Converts the field starting at `p` as parseNumber() does; `end` gets the end of
-// the field. A plain decimal of at most 16 bytes and 15 digits is converted from
-// the window (plainDigits, roundOnce); a longer plain one of at most 15 digits is
-// read byte by byte and rounded the same way; every other form, and what
-// roundOnce() leaves, goes to parseNumber().
+// the field. A plain decimal within the window of at most 19 digits is converted
+// from its digits (plainDigits for at most 16 bytes) by roundPlain(), or by the
+// division of roundOnce() near a float midpoint; a plain decimal beyond the
+// window of at most 15 digits is read byte by byte and goes to roundOnce();
+// every other form, and what those leave, goes to parseNumber().
 template <bool kDecimalComma>
 inline bool readNumberField(const Window& w, char* p, char*& end, float& value) {
     const PlainField f = plainField(w, p);
     if (f.plain) {
         const int digitCount = f.length - f.signLength - (f.point >= 0 ? 1 : 0);
+        const int fractionDigits = f.point >= 0 ? f.length - 1 - f.point : 0;
         end = p + f.length;
-        if (f.length <= 16 && digitCount <= 15 &&
-            roundPlain(plainDigits(p, f), f.point >= 0 ? f.length - 1 - f.point : 0, *p == '-',
-                       value))
-            return true;
+        if (digitCount <= 19) {
+            const bool negative = *p == '-';
+            const std::uint64_t digits =
+                f.length <= 16 ? plainDigits(p, f) : longPlainDigits(p, f);
+            if (roundPlain(digits, fractionDigits, negative, value)) return true;
+            if (digitCount <= 15 && roundOnce(digits, fractionDigits, negative, value)) return true;
+        }
     } else {
         const DecimalText d = readDecimal<kDecimalComma>(p);
         if (endsField<kDecimalComma>(d.end) && d.digitCount > 0 && d.digitCount <= 15 &&
