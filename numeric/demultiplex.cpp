@@ -197,7 +197,7 @@ Written writeColumnsFast(const fs::path& input, std::int32_t nrec, int first, in
     std::vector<ColumnFile> columns;
     if (!openColumns(input, first, last, temporaries, columns)) return Written::failed;
 
-    scan::LineBlocks blocks(input, detail::kDefaultBlockSize);
+    scan::LineBlocks blocks(input, scan::kScanBlockSize);
     int taking = last - first;
     std::int32_t records = 0;
     char* begin = nullptr;

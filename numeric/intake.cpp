@@ -212,11 +212,11 @@ std::size_t readSignalFileStreaming(const std::filesystem::path& file, std::span
 } // namespace detail
 
 RecordCount countFileRecords(const std::filesystem::path& file) {
-    return detail::countFileRecords(file, detail::kDefaultBlockSize);
+    return detail::countFileRecords(file, detail::scan::kScanBlockSize);
 }
 
 std::size_t readSignalFile(const std::filesystem::path& file, std::span<float> signal) {
-    return detail::readSignalFile(file, signal, detail::kDefaultBlockSize);
+    return detail::readSignalFile(file, signal, detail::scan::kScanBlockSize);
 }
 
 std::filesystem::path pathFromCodes(const std::int16_t* codes, std::int32_t length) {

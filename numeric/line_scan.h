@@ -32,6 +32,10 @@ namespace tarnic::detail::scan {
 // streaming reader, which needs no memory for it.
 inline constexpr std::size_t kMaxCarriedLine = std::size_t{1} << 20;
 
+// Bytes read from the file per block by the scans: small enough that a block is
+// still in the second-level cache when it is scanned.
+inline constexpr std::size_t kScanBlockSize = std::size_t{256} << 10;
+
 // Bytes readable after the last byte handed on, so the windows of up to 64 bytes
 // and the word-wise scans may overrun it.
 inline constexpr std::size_t kSlack = 64;

@@ -610,7 +610,7 @@ CommaVerdict judgeCommasStreaming(const std::filesystem::path& file) {
 }
 
 CommaVerdict judgeCommas(const std::filesystem::path& file) {
-    scan::LineBlocks blocks(file, kDefaultBlockSize);
+    scan::LineBlocks blocks(file, scan::kScanBlockSize);
     CommaJudge judge;
     char* first = nullptr;
     char* last = nullptr;
