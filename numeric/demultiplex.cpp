@@ -203,8 +203,7 @@ Written writeColumnsFast(const fs::path& input, std::int32_t nrec, int first, in
     char* begin = nullptr;
     char* stop = nullptr;
     while (records < nrec && taking > 0 && blocks.next(begin, stop)) {
-        for (char* p = scan::nextRecord(begin, stop); p != stop && records < nrec && taking > 0;
-             p = scan::nextRecord(p, stop)) {
+        scan::forEachRecord(begin, stop, [&](char* p) {
             ++records;
             for (int c = 0; c < last; ++c) {
                 // Separators before a field, commas included as the streaming
@@ -232,8 +231,8 @@ Written writeColumnsFast(const fs::path& input, std::int32_t nrec, int first, in
                 }
                 p = end;
             }
-            p = scan::pastLineEnd(p);
-        }
+            return records < nrec && taking > 0;
+        });
     }
     if (blocks.tooLong()) return Written::tooLong;
     if (blocks.failed()) return Written::failed;

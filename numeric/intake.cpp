@@ -71,16 +71,16 @@ Outcome countFast(const std::filesystem::path& file, std::size_t blockSize, Reco
             commaSeen = true;
             return Outcome::comma;
         }
-        for (char* p = scan::nextRecord(first, last); p != last; p = scan::nextRecord(p, last)) {
+        scan::forEachRecord(first, last, [&count](char* p) {
             const Window w = scan::windowAt<kDecimalComma>(p);
             char* end = nullptr;
             if (count.records == kMaxRecords || !scan::isNumberField<kDecimalComma>(w, p, end)) {
                 count.status = count.records + 1;
-                break;
+                return false;
             }
             ++count.records;
-            p = scan::pastRecord(w, p, end);
-        }
+            return true;
+        });
     }
     commaSeen = blocks.commaInTable();
     if (blocks.tooLong()) return Outcome::tooLong;
@@ -110,17 +110,15 @@ Outcome readFast(const std::filesystem::path& file, std::span<float> signal, std
             commaSeen = true;
             return Outcome::comma;
         }
-        for (char* p = scan::nextRecord(first, last); p != last && read < size;
-             p = scan::nextRecord(p, last)) {
+        scan::forEachRecord(first, last, [&](char* p) {
             const Window w = scan::windowAt<kDecimalComma>(p);
             char* end = nullptr;
             if (!scan::readNumberField<kDecimalComma>(w, p, end, out[read])) {
                 bad = true;
-                break;
+                return false;
             }
-            ++read;
-            p = scan::pastRecord(w, p, end);
-        }
+            return ++read < size;
+        });
     }
     commaSeen = blocks.commaInTable();
     return blocks.tooLong() ? Outcome::tooLong : Outcome::done;

@@ -2,12 +2,14 @@
 // the demultiplexer.
 //
 // Internal to the numeric library. A table is read in blocks and handed on as runs
-// of whole lines (LineBlocks); each record is then looked at through a window of 32
-// bytes turned into bit masks (one bit a byte: field ends, line ends, digits,
-// decimal signs), so the first field, its shape and the line end are found without
-// a loop per byte, and a short plain decimal is converted from the same window.
-// Everything else takes the byte-by-byte path of parseNumber(). The record and
-// number rules are those of table_reader.h.
+// of whole lines (LineBlocks). The line starts of a run are found 64 bytes at a
+// time from masks of its line ends (forEachRecord), so each record is handled on
+// its own, not after the scan of the one before it; a record's first field is
+// then looked at through a window of 32 bytes turned into bit masks (one bit a
+// byte: field ends, digits, decimal signs), which gives its shape without a loop
+// per byte, and a plain decimal is converted from its digits. Everything else
+// takes the byte-by-byte path of parseNumber(). The record and number rules are
+// those of table_reader.h.
 #pragma once
 
 #include "numeric/table_reader.h"
@@ -164,10 +166,9 @@ class LineBlocks {
     bool sawComma_ = false;
 };
 
-// The 32 bytes from a record's first field as bit masks, bit i for byte i.
+// The 32 bytes from a field's start as bit masks, bit i for byte i.
 struct Window {
     std::uint32_t ends = 0;     // separators and line ends (with a decimal comma, not ',')
-    std::uint32_t lineEnds = 0; // LF and CR
     std::uint32_t digits = 0;
     std::uint32_t points = 0; // the decimal sign: '.' or, with a decimal comma, ','
 };
@@ -181,14 +182,12 @@ template <bool kDecimalComma> inline void maskSixteen(__m128i bytes, int shift, 
     // The controls 9 to 13: tab, LF, vertical tab, form feed, CR.
     const __m128i controls = _mm_and_si128(_mm_cmpgt_epi8(bytes, _mm_set1_epi8(8)),
                                            _mm_cmplt_epi8(bytes, _mm_set1_epi8(14)));
-    const __m128i lineEnds = _mm_or_si128(eq('\n'), eq('\r'));
     const __m128i ends =
         _mm_or_si128(_mm_or_si128(controls, eq(' ')),
                      _mm_or_si128(kDecimalComma ? _mm_setzero_si128() : eq(','), eq(';')));
     const __m128i digits = _mm_and_si128(_mm_cmpgt_epi8(bytes, _mm_set1_epi8('0' - 1)),
                                          _mm_cmplt_epi8(bytes, _mm_set1_epi8('9' + 1)));
     w.ends |= bits(ends);
-    w.lineEnds |= bits(lineEnds);
     w.digits |= bits(digits);
     w.points |= bits(eq(kDecimalComma ? ',' : '.'));
 }
@@ -203,7 +202,6 @@ template <bool kDecimalComma> inline Window windowAt(const char* p) {
     for (int i = 0; i < 32; ++i) {
         const std::uint32_t bit = std::uint32_t{1} << i;
         if (endsField<kDecimalComma>(p + i)) w.ends |= bit;
-        if (p[i] == '\n' || p[i] == '\r') w.lineEnds |= bit;
         if (isDigit(p[i])) w.digits |= bit;
         if (p[i] == (kDecimalComma ? ',' : '.')) w.points |= bit;
     }
@@ -410,7 +408,7 @@ template <bool kDecimalComma> inline bool isNumberField(const Window& w, char* p
 // window of at most 15 digits is read byte by byte and goes to roundOnce();
 // every other form, and what those leave, goes to parseNumber().
 template <bool kDecimalComma>
-inline bool readNumberField(const Window& w, char* p, char*& end, float& value) {
+[[gnu::always_inline]] inline bool readNumberField(const Window& w, char* p, char*& end, float& value) {
     const PlainField f = plainField(w, p);
     if (f.plain) {
         const int digitCount = f.length - f.signLength - (f.point >= 0 ? 1 : 0);
@@ -436,55 +434,45 @@ inline bool readNumberField(const Window& w, char* p, char*& end, float& value) 
            parseNumber(p, end, value, kDecimalComma ? ',' : '.');
 }
 
-// Skips blank and comment lines from `p`; returns the start of the next record's
-// first field, or `last` when the run has no more records.
-inline char* nextRecord(char* p, char* last) {
-    // `p` may stand one past `last`: the LF of a CR LF split between two runs.
-    while (p < last) {
-        while (classOf(p) == kSeparator)
-            ++p;
-        const char c = *p;
-        if (classOf(p) == kLineEnd) {
-            ++p; // blank line
-        } else if (c == '#' || c == '%' || c == '\'') {
-            while (classOf(p) != kLineEnd)
+// The line ends among the 64 bytes from `p`, bit i for byte i.
+inline std::uint64_t lineEndsOf64(const char* p) {
+    std::uint64_t mask = 0;
+#if TARNIC_SCAN_SSE2
+    for (int part = 0; part < 4; ++part) {
+        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 16 * part));
+        const __m128i ends = _mm_or_si128(_mm_cmpeq_epi8(bytes, _mm_set1_epi8('\n')),
+                                          _mm_cmpeq_epi8(bytes, _mm_set1_epi8('\r')));
+        mask |= static_cast<std::uint64_t>(static_cast<unsigned>(_mm_movemask_epi8(ends)))
+                << (16 * part);
+    }
+#else
+    for (int i = 0; i < 64; ++i)
+        if (p[i] == '\n' || p[i] == '\r') mask |= std::uint64_t{1} << i;
+#endif
+    return mask;
+}
+
+// Calls record(p) with the first field of every data record of the run
+// [first, last) in order, until it returns false (then false). The line starts
+// (the run's start and every byte after a line end) are found 64 bytes at a time
+// from masks, so no record waits for the scan of the one before it; each line is
+// then judged on its own: blank, comment or record, after leading separators.
+template <typename Record> inline bool forEachRecord(char* first, char* last, Record&& record) {
+    std::uint64_t carry = 1; // `first` starts a line
+    for (char* chunk = first; chunk < last; chunk += 64) {
+        const std::uint64_t ends = lineEndsOf64(chunk);
+        std::uint64_t starts = (ends << 1) | carry;
+        carry = ends >> 63;
+        if (last - chunk < 64) starts &= (std::uint64_t{1} << (last - chunk)) - 1;
+        for (; starts != 0; starts &= starts - 1) {
+            char* p = chunk + std::countr_zero(starts);
+            while (classOf(p) == kSeparator)
                 ++p;
-            ++p;
-        } else {
-            return p;
+            if (classOf(p) == kLineEnd || *p == '#' || *p == '%' || *p == '\'') continue;
+            if (!record(p)) return false;
         }
     }
-    return last;
-}
-
-// The byte after the line end at `p`; CR LF counts as one (the LF would only
-// begin a blank line).
-inline char* pastLineEndAt(char* p) {
-    return p + (p[0] == '\r' && p[1] == '\n' ? 2 : 1);
-}
-
-// Steps to the byte after the line end that closes the line holding `p`, 16 bytes
-// at a time. The run ends with a line end and is followed by kSlack readable
-// bytes, so the first match lies inside the run.
-inline char* pastLineEnd(char* p) {
-    for (;; p += 16) {
-#if TARNIC_SCAN_SSE2
-        const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-        const unsigned found = static_cast<unsigned>(_mm_movemask_epi8(_mm_or_si128(
-            _mm_cmpeq_epi8(bytes, _mm_set1_epi8('\n')), _mm_cmpeq_epi8(bytes, _mm_set1_epi8('\r')))));
-        if (found != 0) return pastLineEndAt(p + std::countr_zero(found));
-#else
-        for (int i = 0; i < 16; ++i)
-            if (p[i] == '\n' || p[i] == '\r') return pastLineEndAt(p + i);
-#endif
-    }
-}
-
-// The byte after the line end of a record whose first field, seen in window `w`
-// from `p`, ends at `end`: no line end lies inside a field, so the window's first
-// line end is the record's.
-inline char* pastRecord(const Window& w, char* p, char* end) {
-    return w.lineEnds != 0 ? pastLineEndAt(p + std::countr_zero(w.lineEnds)) : pastLineEnd(end);
+    return true;
 }
 
 } // namespace tarnic::detail::scan
