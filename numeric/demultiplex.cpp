@@ -1,9 +1,11 @@
 #include "numeric/demultiplex.h"
 
+#include "numeric/line_scan.h"
 #include "numeric/table_reader.h"
 
 #include <algorithm>
 #include <charconv>
+#include <cstring>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -15,6 +17,7 @@ namespace tarnic {
 namespace {
 
 namespace fs = std::filesystem;
+namespace scan = detail::scan;
 using detail::FieldKind;
 using detail::TableReader;
 
@@ -109,18 +112,54 @@ int countColumns(const fs::path& input, detail::CommaRole commas) {
     return reader.failed() ? -1 : columns;
 }
 
-// Writes columns [first, last) (0-based) to temporary files; the complete ones
-// holding at least one value are appended to `done`. False on any read or write
-// failure.
-bool writeColumns(const fs::path& input, std::int32_t nrec, detail::CommaRole commas, int first,
-                  int last, TemporaryFiles& temporaries,
-                  std::vector<std::pair<fs::path, fs::path>>& done) {
-    std::vector<ColumnFile> columns;
+// Opens the temporary files of columns [first, last) (0-based); false when one
+// cannot be opened.
+bool openColumns(const fs::path& input, int first, int last, TemporaryFiles& temporaries,
+                 std::vector<ColumnFile>& columns) {
+    columns.clear();
     columns.reserve(static_cast<std::size_t>(last - first));
     for (int c = first; c < last; ++c) {
         columns.emplace_back(columnFileName(input, c + 1), temporaries);
         if (!columns.back().opened()) return false;
     }
+    return true;
+}
+
+// Closes the column files; the complete ones holding at least one value are
+// appended to `done`. False when a write failed.
+bool closeColumns(std::vector<ColumnFile>& columns,
+                  std::vector<std::pair<fs::path, fs::path>>& done) {
+    bool ok = true;
+    for (ColumnFile& column : columns) {
+        ok = column.close() && ok;
+        if (ok && column.values() > 0) done.emplace_back(column.tempPath(), column.finalPath());
+    }
+    return ok;
+}
+
+// Columns [first, last) of a record that has only `fields` fields stop taking
+// values from `fields` on; returns how many stopped.
+int stopShortColumns(std::vector<ColumnFile>& columns, int first, int last, int fields) {
+    int stopped = 0;
+    for (int m = std::max(fields, first); m < last; ++m) {
+        ColumnFile& column = columns[static_cast<std::size_t>(m - first)];
+        if (column.takesValues()) {
+            column.stop();
+            ++stopped;
+        }
+    }
+    return stopped;
+}
+
+// Writes columns [first, last) (0-based) to temporary files; the complete ones
+// holding at least one value are appended to `done`. False on any read or write
+// failure. The streaming reader's path, for tables with a line longer than the
+// block scan's buffer.
+bool writeColumnsStreaming(const fs::path& input, std::int32_t nrec, detail::CommaRole commas,
+                           int first, int last, TemporaryFiles& temporaries,
+                           std::vector<std::pair<fs::path, fs::path>>& done) {
+    std::vector<ColumnFile> columns;
+    if (!openColumns(input, first, last, temporaries, columns)) return false;
 
     TableReader reader(input, detail::kDefaultBlockSize, commas);
     int taking = last - first;
@@ -129,14 +168,7 @@ bool writeColumns(const fs::path& input, std::int32_t nrec, detail::CommaRole co
             float value = 0.0f;
             const FieldKind kind = reader.nextField(value);
             if (kind == FieldKind::end) {
-                // The record is short: every column from here on stops.
-                for (int m = std::max(c, first); m < last; ++m) {
-                    ColumnFile& column = columns[static_cast<std::size_t>(m - first)];
-                    if (column.takesValues()) {
-                        column.stop();
-                        --taking;
-                    }
-                }
+                taking -= stopShortColumns(columns, first, last, c);
                 break;
             }
             if (c < first) continue;
@@ -151,13 +183,88 @@ bool writeColumns(const fs::path& input, std::int32_t nrec, detail::CommaRole co
         }
     }
     if (reader.failed()) return false;
+    return closeColumns(columns, done);
+}
 
-    bool ok = true;
-    for (ColumnFile& column : columns) {
-        ok = column.close() && ok;
-        if (ok && column.values() > 0) done.emplace_back(column.tempPath(), column.finalPath());
+enum class Written { ok, failed, tooLong };
+
+// writeColumnsStreaming() by the block scan of the intake: whole lines in place,
+// each field found and converted from its window of bit masks.
+template <bool kDecimalComma>
+Written writeColumnsFast(const fs::path& input, std::int32_t nrec, int first, int last,
+                         TemporaryFiles& temporaries,
+                         std::vector<std::pair<fs::path, fs::path>>& done) {
+    std::vector<ColumnFile> columns;
+    if (!openColumns(input, first, last, temporaries, columns)) return Written::failed;
+
+    scan::LineBlocks blocks(input, scan::kScanBlockSize);
+    int taking = last - first;
+    std::int32_t records = 0;
+    char* begin = nullptr;
+    char* stop = nullptr;
+    while (records < nrec && taking > 0 && blocks.next(begin, stop)) {
+        scan::forEachRecord(begin, stop, [&](char* p) {
+            ++records;
+            for (int c = 0; c < last; ++c) {
+                // Separators before a field, commas included as the streaming
+                // reader skips them.
+                while (scan::classOf(p) == detail::kSeparator)
+                    ++p;
+                if (scan::classOf(p) == detail::kLineEnd) {
+                    taking -= stopShortColumns(columns, first, last, c);
+                    break;
+                }
+                ColumnFile* const column =
+                    c < first ? nullptr : &columns[static_cast<std::size_t>(c - first)];
+                char* end = nullptr;
+                if (column == nullptr || !column->takesValues()) {
+                    end = scan::fieldEnd<kDecimalComma>(p);
+                } else {
+                    float value = 0.0f;
+                    const scan::Window w = scan::windowAt<kDecimalComma>(p);
+                    if (scan::readNumberField<kDecimalComma>(w, p, end, value)) {
+                        column->append(value);
+                    } else {
+                        column->stop();
+                        --taking;
+                    }
+                }
+                p = end;
+            }
+            return records < nrec && taking > 0;
+        });
     }
-    return ok;
+    if (blocks.tooLong()) return Written::tooLong;
+    if (blocks.failed()) return Written::failed;
+    return closeColumns(columns, done) ? Written::ok : Written::failed;
+}
+
+bool writeColumns(const fs::path& input, std::int32_t nrec, detail::CommaRole commas, int first,
+                  int last, TemporaryFiles& temporaries,
+                  std::vector<std::pair<fs::path, fs::path>>& done) {
+    const Written written =
+        commas == detail::CommaRole::decimal
+            ? writeColumnsFast<true>(input, nrec, first, last, temporaries, done)
+            : writeColumnsFast<false>(input, nrec, first, last, temporaries, done);
+    if (written == Written::tooLong)
+        return writeColumnsStreaming(input, nrec, commas, first, last, temporaries, done);
+    return written == Written::ok;
+}
+
+// Whether the table holds a comma anywhere (only then are its commas judged).
+bool holdsComma(const fs::path& input) {
+    detail::TableFile table = detail::openTable(input);
+    if (!table.file) return false;
+    std::vector<char> buffer(detail::kDefaultBlockSize);
+    for (std::uint64_t left = table.tableBytes; left > 0;) {
+        const std::size_t want =
+            static_cast<std::size_t>(std::min<std::uint64_t>(buffer.size(), left));
+        const std::size_t got = std::fread(buffer.data(), 1, want, table.file.get());
+        if (got == 0) break;
+        if (std::memchr(buffer.data(), ',', got) != nullptr) return true;
+        left -= got;
+    }
+    return false;
 }
 
 } // namespace
@@ -179,7 +286,8 @@ int demultiplexTable(const fs::path& input, std::int32_t nrec) {
     if (nrec <= 0) return 0;
     // Decimal commas as the intake reads them; a table whose commas can be read
     // two ways is not split.
-    const detail::CommaRole commas = detail::judgeCommas(input).role;
+    const detail::CommaRole commas =
+        holdsComma(input) ? detail::judgeCommas(input).role : detail::CommaRole::separator;
     if (commas == detail::CommaRole::ambiguous) return 0;
     const int columns = countColumns(input, commas);
     if (columns <= 1) return 0;

@@ -1,5 +1,7 @@
 #include "numeric/table_reader.h"
 
+#include "numeric/line_scan.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -342,32 +344,250 @@ const Evidence& latest(std::initializer_list<const Evidence*> list) {
 
 } // namespace
 
-CommaVerdict judgeCommas(const std::filesystem::path& file) {
-    CommaVerdict verdict;
-    TableFile table = openTable(file);
-    if (!table.file) return verdict;
-    Evidence digitComma, listComma, semicolonRun, blankRun;
+namespace {
 
+// The evidence about commas gathered line by line; byte() takes the table byte by
+// byte (after the byte-order mark), line() a whole line at once where it can.
+class CommaJudge {
+  public:
+    void byte(char c) {
+        const char before = previous_;
+        if (c == '\n' || c == '\r') {
+            if (line_ == Line::data) {
+                if (inWord_)
+                    endWord();
+                else if (afterWord_ && runSemicolon_)
+                    semicolonRun_.note(lineNumber_, record_);
+            }
+            if (!(c == '\n' && previous_ == '\r')) ++lineNumber_;
+            line_ = Line::leading;
+            leadingComma_ = inWord_ = afterWord_ = runSemicolon_ = false;
+            previous_ = c;
+            return;
+        }
+        previous_ = c;
+        const bool separator = c == ' ' || c == '\t' || c == ';' || c == '\v' || c == '\f';
+        if (line_ == Line::skipped) return;
+        if (line_ == Line::leading) {
+            if (separator) return;
+            if (c == ',') {
+                leadingComma_ = true;
+                return;
+            }
+            if (c == '#' || c == '%' || c == '\'') {
+                line_ = Line::skipped;
+                return;
+            }
+            line_ = Line::data;
+            ++record_;
+            if (leadingComma_) listComma_.note(lineNumber_, record_);
+        }
+        if (separator) {
+            if (inWord_) endWord();
+            if (c == ';' || c == '\t') runSemicolon_ = true;
+            return;
+        }
+        const bool digit = c >= '0' && c <= '9';
+        if (!inWord_) {
+            if (afterWord_) (runSemicolon_ ? semicolonRun_ : blankRun_).note(lineNumber_, record_);
+            inWord_ = true;
+            wordHasComma_ = false;
+            shape_ = WordShape::start;
+            commaAfterDigit_ = false;
+        } else if (commaAfterDigit_ && digit) {
+            digitComma_.note(lineNumber_, record_);
+        }
+        commaAfterDigit_ = c == ',' && before >= '0' && before <= '9';
+        if (c == ',') wordHasComma_ = true;
+        shape_ = nextShape(shape_, c);
+    }
+
+    // The end of the table: a last line without a line end is finished.
+    void finish() {
+        if (line_ == Line::data && inWord_)
+            endWord();
+        else if (line_ == Line::data && afterWord_ && runSemicolon_)
+            semicolonRun_.note(lineNumber_, record_);
+    }
+
+    // Judges the line starting at `p` (at a line start) through its line end, the
+    // first line end at or after `p`; returns the byte after that line end. The
+    // kSlack bytes after it may be read. A line within 64 bytes that starts with a
+    // word and separates its words by semicolons and tabs only (the lines of a
+    // decimal-comma table) is judged from bit masks of its bytes; any other goes
+    // byte by byte.
+    char* line(char* p) {
+        const Masks m = masksAt(p);
+        if (m.lineEnds != 0) {
+            const int length = std::countr_zero(m.lineEnds);
+            const std::uint64_t inLine = (std::uint64_t{1} << length) - 1;
+            const std::uint64_t separators = m.separators & inLine;
+            if (length > 0 && (m.blanks & inLine) == 0 && (separators & 1) == 0 &&
+                (m.commas & 1) == 0) {
+                const char c = *p;
+                if (c == '#' || c == '%' || c == '\'') {
+                    // A comment line: nothing to judge.
+                } else {
+                    ++record_;
+                    if (separators != 0) semicolonRun_.note(lineNumber_, record_);
+                    const std::uint64_t commas = m.commas & inLine;
+                    if ((commas & (m.digits << 1) & (m.digits >> 1)) != 0)
+                        digitComma_.note(lineNumber_, record_);
+                    if (commas != 0 && listComma_.line == 0)
+                        noteListCommas(p, m, commas, separators, length);
+                }
+                ++lineNumber_; // the line end follows a byte that is none
+                previous_ = p[length];
+                return p + length + 1;
+            }
+        }
+        for (;; ++p) {
+            byte(*p);
+            if (*p == '\n' || *p == '\r') return p + 1;
+        }
+    }
+
+    // True when every kind of evidence has been seen: the rest of the table
+    // cannot change the verdict.
+    bool settled() const {
+        return digitComma_.line != 0 && listComma_.line != 0 && semicolonRun_.line != 0 &&
+               blankRun_.line != 0;
+    }
+
+    CommaVerdict verdict() const {
+        CommaVerdict verdict;
+        const bool digitCommas = digitComma_.line != 0;
+        const bool lists = listComma_.line != 0;
+        const bool semicolons = semicolonRun_.line != 0;
+        const bool blanks = blankRun_.line != 0;
+        if (!digitCommas) return verdict;
+        if (!lists && semicolons && !blanks) {
+            verdict.role = CommaRole::decimal;
+            return verdict;
+        }
+        if (lists && !semicolons) return verdict;
+        const Evidence& at = !semicolons ? digitComma_
+                             : !lists    ? latest({&digitComma_, &semicolonRun_, &blankRun_})
+                                         : latest({&digitComma_, &listComma_, &semicolonRun_});
+        verdict.role = CommaRole::ambiguous;
+        verdict.line = at.line;
+        verdict.record = at.record;
+        return verdict;
+    }
+
+  private:
     enum class Line { leading, data, skipped };
-    Line line = Line::leading;
-    std::int64_t lineNumber = 1;
-    std::int64_t record = 0;
-    bool leadingComma = false;
-    bool inWord = false;
-    bool wordHasComma = false;
-    WordShape shape = WordShape::start;
-    bool afterWord = false;    // a word of this record has ended
-    bool runSemicolon = false; // the separator run since then holds ';' or a tab
-    char previous = 0;
-    bool commaAfterDigit = false;
-    const auto endWord = [&] {
-        if (wordHasComma && shape != WordShape::fraction && shape != WordShape::exponent)
-            listComma.note(lineNumber, record);
-        inWord = false;
-        afterWord = true;
-        runSemicolon = false;
+
+    // The 64 bytes from `p`, bit i for byte i.
+    struct Masks {
+        std::uint64_t lineEnds = 0;
+        std::uint64_t separators = 0; // blank, tab, ';', vertical tab, form feed
+        std::uint64_t blanks = 0;     // blank, vertical tab, form feed
+        std::uint64_t commas = 0;
+        std::uint64_t digits = 0;
     };
 
+    static Masks masksAt(const char* p) {
+        Masks m;
+#if TARNIC_SCAN_SSE2
+        for (int part = 0; part < 4; ++part) {
+            const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + 16 * part));
+            const auto eq = [&bytes](char c) { return _mm_cmpeq_epi8(bytes, _mm_set1_epi8(c)); };
+            const auto bits = [part](__m128i v) {
+                return static_cast<std::uint64_t>(static_cast<unsigned>(_mm_movemask_epi8(v)))
+                       << (16 * part);
+            };
+            const __m128i blanks = _mm_or_si128(eq(' '), _mm_or_si128(eq('\v'), eq('\f')));
+            m.lineEnds |= bits(_mm_or_si128(eq('\n'), eq('\r')));
+            m.blanks |= bits(blanks);
+            m.separators |= bits(_mm_or_si128(blanks, _mm_or_si128(eq('\t'), eq(';'))));
+            m.commas |= bits(eq(','));
+            m.digits |= bits(_mm_and_si128(_mm_cmpgt_epi8(bytes, _mm_set1_epi8('0' - 1)),
+                                           _mm_cmplt_epi8(bytes, _mm_set1_epi8('9' + 1))));
+        }
+#else
+        for (int i = 0; i < 64; ++i) {
+            const std::uint64_t bit = std::uint64_t{1} << i;
+            const char c = p[i];
+            if (c == '\n' || c == '\r') m.lineEnds |= bit;
+            if (c == ' ' || c == '\v' || c == '\f') m.blanks |= bit;
+            if (c == ' ' || c == '\v' || c == '\f' || c == '\t' || c == ';') m.separators |= bit;
+            if (c == ',') m.commas |= bit;
+            if (c >= '0' && c <= '9') m.digits |= bit;
+        }
+#endif
+        return m;
+    }
+
+    // Notes a list comma when a word of the line holding a comma is not
+    // decimal-shaped ([+|-]digits,digits[(e|E|d|D)[+|-]digits]). A word of
+    // digits and one comma with a digit on either side, after an optional sign,
+    // is decided from the masks; any other goes to decimalShaped().
+    void noteListCommas(const char* p, const Masks& m, std::uint64_t commas,
+                        std::uint64_t separators, int length) {
+        const std::uint64_t wordEnds = separators | (std::uint64_t{1} << length);
+        while (commas != 0) {
+            const int comma = std::countr_zero(commas);
+            const std::uint64_t before = separators & ((std::uint64_t{1} << comma) - 1);
+            const int start = before == 0 ? 0 : 64 - std::countl_zero(before);
+            const int end = std::countr_zero(wordEnds & ~((std::uint64_t{2} << comma) - 1));
+            const int body = start + (p[start] == '+' || p[start] == '-' ? 1 : 0);
+            const std::uint64_t word = ((std::uint64_t{1} << end) - 1) & ~((std::uint64_t{1} << body) - 1);
+            const std::uint64_t wordCommas = commas & word;
+            const bool plain = (wordCommas & (wordCommas - 1)) == 0 && comma > body &&
+                               comma < end - 1 && (word & ~(m.digits | wordCommas)) == 0;
+            if (!plain && !decimalShaped(p + start, p + end)) {
+                listComma_.note(lineNumber_, record_);
+                return;
+            }
+            commas &= ~word;
+        }
+    }
+
+    static bool decimalShaped(const char* p, const char* last) {
+        const auto digits = [&p, last] {
+            const char* const from = p;
+            while (p != last && *p >= '0' && *p <= '9')
+                ++p;
+            return p != from;
+        };
+        if (*p == '+' || *p == '-') ++p;
+        if (!digits() || p == last || *p++ != ',' || !digits()) return false;
+        if (p == last) return true;
+        if (*p != 'e' && *p != 'E' && *p != 'd' && *p != 'D') return false;
+        ++p;
+        if (p != last && (*p == '+' || *p == '-')) ++p;
+        return digits() && p == last;
+    }
+
+    void endWord() {
+        if (wordHasComma_ && shape_ != WordShape::fraction && shape_ != WordShape::exponent)
+            listComma_.note(lineNumber_, record_);
+        inWord_ = false;
+        afterWord_ = true;
+        runSemicolon_ = false;
+    }
+
+    Evidence digitComma_, listComma_, semicolonRun_, blankRun_;
+    Line line_ = Line::leading;
+    std::int64_t lineNumber_ = 1;
+    std::int64_t record_ = 0;
+    bool leadingComma_ = false;
+    bool inWord_ = false;
+    bool wordHasComma_ = false;
+    WordShape shape_ = WordShape::start;
+    bool afterWord_ = false;    // a word of this record has ended
+    bool runSemicolon_ = false; // the separator run since then holds ';' or a tab
+    char previous_ = 0;
+    bool commaAfterDigit_ = false;
+};
+
+} // namespace
+
+CommaVerdict judgeCommasStreaming(const std::filesystem::path& file) {
+    TableFile table = openTable(file);
+    if (!table.file) return {};
+    CommaJudge judge;
     std::vector<char> buffer(kDefaultBlockSize);
     std::uint64_t left = table.tableBytes;
     bool first = true;
@@ -382,81 +602,25 @@ CommaVerdict judgeCommas(const std::filesystem::path& file) {
             first = false;
             if (got >= 3 && std::memcmp(buffer.data(), "\xEF\xBB\xBF", 3) == 0) i = 3;
         }
-        for (; i < got; ++i) {
-            const char c = buffer[i];
-            const char before = previous;
-            if (c == '\n' || c == '\r') {
-                if (line == Line::data) {
-                    if (inWord)
-                        endWord();
-                    else if (afterWord && runSemicolon)
-                        semicolonRun.note(lineNumber, record);
-                }
-                if (!(c == '\n' && previous == '\r')) ++lineNumber;
-                line = Line::leading;
-                leadingComma = inWord = afterWord = runSemicolon = false;
-                previous = c;
-                continue;
-            }
-            previous = c;
-            const bool separator = c == ' ' || c == '\t' || c == ';' || c == '\v' || c == '\f';
-            if (line == Line::skipped) continue;
-            if (line == Line::leading) {
-                if (separator) continue;
-                if (c == ',') {
-                    leadingComma = true;
-                    continue;
-                }
-                if (c == '#' || c == '%' || c == '\'') {
-                    line = Line::skipped;
-                    continue;
-                }
-                line = Line::data;
-                ++record;
-                if (leadingComma) listComma.note(lineNumber, record);
-            }
-            if (separator) {
-                if (inWord) endWord();
-                if (c == ';' || c == '\t') runSemicolon = true;
-                continue;
-            }
-            const bool digit = c >= '0' && c <= '9';
-            if (!inWord) {
-                if (afterWord) (runSemicolon ? semicolonRun : blankRun).note(lineNumber, record);
-                inWord = true;
-                wordHasComma = false;
-                shape = WordShape::start;
-                commaAfterDigit = false;
-            } else if (commaAfterDigit && digit) {
-                digitComma.note(lineNumber, record);
-            }
-            commaAfterDigit = c == ',' && before >= '0' && before <= '9';
-            if (c == ',') wordHasComma = true;
-            shape = nextShape(shape, c);
-        }
+        for (; i < got; ++i)
+            judge.byte(buffer[i]);
     }
-    if (line == Line::data && inWord)
-        endWord();
-    else if (line == Line::data && afterWord && runSemicolon)
-        semicolonRun.note(lineNumber, record);
+    judge.finish();
+    return judge.verdict();
+}
 
-    const bool digitCommas = digitComma.line != 0;
-    const bool lists = listComma.line != 0;
-    const bool semicolons = semicolonRun.line != 0;
-    const bool blanks = blankRun.line != 0;
-    if (!digitCommas) return verdict;
-    if (!lists && semicolons && !blanks) {
-        verdict.role = CommaRole::decimal;
-        return verdict;
+CommaVerdict judgeCommas(const std::filesystem::path& file) {
+    scan::LineBlocks blocks(file, scan::kScanBlockSize);
+    CommaJudge judge;
+    char* first = nullptr;
+    char* last = nullptr;
+    while (!judge.settled() && blocks.next(first, last)) {
+        for (char* p = first; p < last;)
+            p = judge.line(p);
     }
-    if (lists && !semicolons) return verdict;
-    const Evidence& at = !semicolons ? digitComma
-                         : !lists    ? latest({&digitComma, &semicolonRun, &blankRun})
-                                     : latest({&digitComma, &listComma, &semicolonRun});
-    verdict.role = CommaRole::ambiguous;
-    verdict.line = at.line;
-    verdict.record = at.record;
-    return verdict;
+    if (blocks.tooLong()) return judgeCommasStreaming(file);
+    // The last line's end was appended by the blocks when the file had none.
+    return judge.verdict();
 }
 
 } // namespace tarnic::detail

@@ -116,6 +116,9 @@ struct CommaVerdict {
     std::int64_t record = 0;
 };
 CommaVerdict judgeCommas(const std::filesystem::path& file);
+// The same verdict from a byte-by-byte pass over the whole table: what
+// judgeCommas() falls back to for a line longer than its buffer, and its reference.
+CommaVerdict judgeCommasStreaming(const std::filesystem::path& file);
 
 // Parses the whole of [first, last) as a number in the table format above and
 // stores it, rounded to float, in `value`. Returns false, leaving `value` alone,
