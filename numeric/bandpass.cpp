@@ -14,78 +14,83 @@ namespace {
 // period of 20 samples and 2n a multiple of 20) is kept despite rounding.
 constexpr double kEdgeAllowance = 1e-9;
 
-// Steps 2 and 3 literally: the mirrored record of length 2n, its transform, the
-// gains, the inverse transform, the first half.
-template <class Rest, class Gain>
-void filterMirrored(std::span<double> x, const Rest& rest, const Gain& gain) {
-    const std::size_t n = x.size();
-    const std::size_t length = 2 * n;
-    double* extended = threadScratch<double>(0, length);
-    for (std::size_t t = 0; t < n; ++t) {
-        const double value = rest(t);
-        extended[t] = value;
-        extended[length - 1 - t] = value;
-    }
-    const std::size_t bins = length / 2 + 1;
-    fftw_complex* spectrum = threadScratch<fftw_complex>(0, bins);
-    recentRealFftPlan(length, FftDirection::ForwardOverwrite)->forward(extended, spectrum);
-    for (std::size_t k = 0; k < bins; ++k) {
-        const double g = gain(k);
-        spectrum[k][0] *= g;
-        spectrum[k][1] *= g;
-    }
-    recentRealFftPlan(length, FftDirection::Backward)->backward(spectrum, extended);
-    std::copy_n(extended, n, x.begin());
-}
-
-// The same filter for even n with transforms of length n instead of 2n. The
-// transform of the mirrored record is E_k = exp(i pi k / 2n) Y_k with Y the
-// DCT-II of the n samples (and E_n = 0), and the inverse of the masked E, cut to
-// n samples, is the DCT-III of the masked Y. Both come from one real transform of
-// length n of the samples reordered as
-//     v = x0 x2 x4 ... x(n-2) | x(n-1) ... x5 x3 x1
-// (Makhoul 1980): with u_k = exp(-i pi k / 2n) V_k, Y_k = 2 Re u_k and
-// Y_(n-k) = -2 Im u_k for k = 0 .. n/2; and backwards, the transform of the
-// reordered output is exp(i pi k / 2n) (Z_k - i Z_(n-k)) for the masked Z.
-// The factors exp(i pi k / 2n) are taken exactly at every 64th bin and carried
-// in between by the factor of one bin (rounding over at most 63 products).
-template <class Rest, class Gain>
-void filterEvenLength(std::span<double> x, const Rest& rest, const Gain& gain) {
+// Steps 2 and 3 with transforms of length n instead of 2n. The transform of the
+// mirrored record is E_k = exp(i pi k / 2n) Y_k with Y the DCT-II of the n
+// samples (and E_n = 0), and the inverse of the masked E, cut to n samples, is
+// the DCT-III of the masked Y. Both come from one real transform of length n of
+// the samples reordered as (Makhoul 1980; any n, odd n ending with x(n-1) in
+// the middle)
+//     v = x0 x2 x4 ... | ... x5 x3 x1
+// with u_k = exp(-i pi k / 2n) V_k, Y_k = 2 Re u_k and Y_(n-k) = -2 Im u_k for
+// k = 0 .. n/2; and backwards, the transform of the reordered output is
+// exp(i pi k / 2n) (Z_k - i Z_(n-k)) for the masked Z. Only the bins k with k or
+// n - k in the kept run [first, last] can be nonzero; the others are cleared
+// without arithmetic. The factors exp(i pi k / 2n) are taken exactly at every
+// 64th bin and at the start of each run, and carried in between by the factor
+// of one bin (rounding over at most 63 products).
+template <class Rest>
+void filterByHalfLengthTransforms(std::span<double> x, const Rest& rest, std::size_t first,
+                                  std::size_t last, double scale) {
     const std::size_t n = x.size();
     const std::size_t half = n / 2;
+    const std::size_t odd = n / 2;      // count of odd-indexed samples
+    const std::size_t even = n - odd;   // count of even-indexed samples
     double* v = threadScratch<double>(0, n);
-    for (std::size_t j = 0; j < half; ++j) {
+    for (std::size_t j = 0; j < even; ++j)
         v[j] = rest(2 * j);
+    for (std::size_t j = 0; j < odd; ++j)
         v[n - 1 - j] = rest(2 * j + 1);
-    }
     fftw_complex* bins = threadScratch<fftw_complex>(0, half + 1);
     recentRealFftPlan(n, FftDirection::ForwardOverwrite)->forward(v, bins);
 
     const double step = std::numbers::pi / static_cast<double>(2 * n);
     const double stepC = std::cos(step), stepS = std::sin(step);
-    double c = 1.0, s = 0.0; // exp(i pi k / 2n)
-    for (std::size_t k = 0; k <= half; ++k) {
-        if (k % 64 == 0) {
-            c = std::cos(step * static_cast<double>(k));
-            s = std::sin(step * static_cast<double>(k));
-        } else {
-            const double next = c * stepC - s * stepS;
-            s = s * stepC + c * stepS;
-            c = next;
+    auto kept = [&](std::size_t k) { return k >= first && k <= last; };
+    // Bins k = 0 .. half that carry a kept Z_k or Z_(n-k): [first, last] and
+    // [n - last, n - first] (k >= 1), cut to 0 .. half, merged when they overlap.
+    using Run = std::pair<std::size_t, std::size_t>; // [begin, end)
+    const auto cut = [&](long long begin, long long end) {
+        const long long top = static_cast<long long>(half) + 1;
+        begin = std::clamp(begin, 0LL, top);
+        return Run(begin, std::clamp(end, begin, top));
+    };
+    const auto sn = static_cast<long long>(n), sFirst = static_cast<long long>(first),
+               sLast = static_cast<long long>(last);
+    Run runs[2] = {cut(sFirst, sLast + 1), cut(std::max(sn - sLast, 1LL), sn - sFirst + 1)};
+    if (runs[1].first < runs[0].first) std::swap(runs[0], runs[1]);
+    if (runs[1].first <= runs[0].second) {
+        runs[0].second = std::max(runs[0].second, runs[1].second);
+        runs[1] = Run(runs[0].second, runs[0].second);
+    }
+    std::size_t done = 0;
+    for (const auto& run : runs) {
+        std::fill(&bins[done][0], &bins[run.first][0], 0.0);
+        double c = 1.0, s = 0.0; // exp(i pi k / 2n)
+        for (std::size_t k = run.first; k < run.second; ++k) {
+            if (k % 64 == 0 || k == run.first) {
+                c = std::cos(step * static_cast<double>(k));
+                s = std::sin(step * static_cast<double>(k));
+            } else {
+                const double next = c * stepC - s * stepS;
+                s = s * stepC + c * stepS;
+                c = next;
+            }
+            const double re = bins[k][0], im = bins[k][1];
+            // u = conj(t) V; Z_k = g_k 2 Re u, Z_(n-k) = -g_(n-k) 2 Im u (Z_n = 0).
+            const double low = kept(k) ? scale * 2.0 * (c * re + s * im) : 0.0;
+            const double high = k > 0 && kept(n - k) ? -scale * 2.0 * (c * im - s * re) : 0.0;
+            // W = t (Z_k - i Z_(n-k)).
+            bins[k][0] = c * low + s * high;
+            bins[k][1] = s * low - c * high;
         }
-        const double re = bins[k][0], im = bins[k][1];
-        // u = conj(t) V; Z_k = g_k 2 Re u, Z_(n-k) = -g_(n-k) 2 Im u (Z_n = 0).
-        const double low = gain(k) * 2.0 * (c * re + s * im);
-        const double high = k == 0 ? 0.0 : -gain(n - k) * 2.0 * (c * im - s * re);
-        // W = t (Z_k - i Z_(n-k)).
-        bins[k][0] = c * low + s * high;
-        bins[k][1] = s * low - c * high;
+        done = std::max(done, run.second);
     }
+    std::fill(&bins[done][0], &bins[half + 1][0], 0.0);
     recentRealFftPlan(n, FftDirection::Backward)->backward(bins, v);
-    for (std::size_t j = 0; j < half; ++j) {
+    for (std::size_t j = 0; j < even; ++j)
         x[2 * j] = v[j];
+    for (std::size_t j = 0; j < odd; ++j)
         x[2 * j + 1] = v[n - 1 - j];
-    }
 }
 
 } // namespace
@@ -148,11 +153,7 @@ BandPeriods fourierBandPass(std::span<double> x, double tmin, double tmax) {
         --last;
     while (last < n && belowHigh(last + 1))
         ++last;
-    auto gain = [&](std::size_t k) { return k >= first && k <= last ? scale : 0.0; };
-    if (n % 2 == 0)
-        filterEvenLength(x, rest, gain);
-    else
-        filterMirrored(x, rest, gain);
+    filterByHalfLengthTransforms(x, rest, first, last, scale);
     return band;
 }
 
