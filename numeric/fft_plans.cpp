@@ -155,12 +155,18 @@ RealFftPlan::PrimeConvolution::PrimeConvolution(std::size_t length)
     // In long double: rounding the angle 2 pi k / n in double errs by up to
     // k / n ulp, with the same sign over a run of k, and such errors add up
     // instead of cancelling.
+    // Each k = 1 .. h occurs about twice, so cosines and sines are tabled first.
     const long double turn = 2.0L * std::numbers::pi_v<long double> / static_cast<long double>(n);
+    std::vector<double> cosTable(half + 1), sinTable(half + 1);
+    for (std::size_t k = 0; k <= half; ++k) {
+        const long double angle = turn * static_cast<long double>(k);
+        cosTable[k] = static_cast<double>(std::cos(angle));
+        sinTable[k] = static_cast<double>(std::sin(angle));
+    }
     const auto put = [&](std::size_t position, std::int32_t folded) {
-        const long double angle = turn * static_cast<long double>(folded < 0 ? -folded : folded);
-        const auto sine = static_cast<double>(std::sin(angle));
-        cosKernel[position] = static_cast<double>(std::cos(angle));
-        sinKernel[position] = folded < 0 ? sine : -sine;
+        const auto k = static_cast<std::size_t>(folded < 0 ? -folded : folded);
+        cosKernel[position] = cosTable[k];
+        sinKernel[position] = folded < 0 ? sinTable[k] : -sinTable[k];
     };
     for (std::size_t f = 0; f < half; ++f)
         put(f, inversePowers[f]);
