@@ -31,8 +31,8 @@ constexpr double kEdgeAllowance = 1e-9;
 // factor of one bin (rounding over at most 63 products).
 //
 // mask(bin, put, clear) runs that middle step: bin(k, t) gives V_k, with t =
-// exp(i pi k / 2n) at hand; put(k, W_k) stores the result; clear(b, e) zeroes
-// W_k for b <= k < e.
+// exp(i pi k / 2n) at hand; put(k, t, W_k) stores the result; clear(b, e)
+// zeroes W_k for b <= k < e.
 class DctMask {
   public:
     DctMask(std::size_t n, std::size_t first, std::size_t last, double scale)
@@ -80,7 +80,7 @@ class DctMask {
                 const double high =
                     k > 0 && kept(n_ - k) ? -scale_ * 2.0 * (c * im - s * re) : 0.0;
                 // W = t (Z_k - i Z_(n-k)).
-                put(k, c * low + s * high, s * low - c * high);
+                put(k, c, s, c * low + s * high, s * low - c * high);
             }
             done = std::max(done, run.second);
         }
@@ -109,7 +109,7 @@ void filterByOneTransform(std::span<double> x, const Rest& rest, const DctMask& 
     fftw_complex* bins = threadScratch<fftw_complex>(0, n / 2 + 1);
     recentRealFftPlan(n, FftDirection::ForwardOverwrite)->forward(v, bins);
     dct.mask([&](std::size_t k, double, double) { return std::pair{bins[k][0], bins[k][1]}; },
-             [&](std::size_t k, double re, double im) {
+             [&](std::size_t k, double, double, double re, double im) {
                  bins[k][0] = re;
                  bins[k][1] = im;
              },
@@ -125,8 +125,8 @@ void filterByOneTransform(std::span<double> x, const Rest& rest, const DctMask& 
 // V_k = A_k + w^k B_k with w = exp(-2 pi i / n), A and B of period h. The
 // factors w^k = conj(t^4) come from the t = exp(i pi k / 2n) of the mask.
 // Backward (decimation in frequency): the even-indexed output is the inverse
-// of W_k + W_(k+h), the odd-indexed that of (W_k - W_(k+h)) conj(w^k), with
-// W_(k+h) = conj(W_(h-k)).
+// of P_k = W_k + W_(k+h), the odd-indexed that of Q_k = (W_k - W_(k+h)) conj(w^k),
+// with W_(k+h) = conj(W_(h-k)).
 template <class Rest>
 void filterBySplitTransforms(std::span<double> x, const Rest& rest, const DctMask& dct) {
     const std::size_t n = x.size(), h = n / 2, halfBins = h / 2 + 1;
@@ -159,45 +159,45 @@ void filterBySplitTransforms(std::span<double> x, const Rest& rest, const DctMas
         if (k == h) k = 0;
         return k <= h / 2 ? std::pair{X[k][0], X[k][1]} : std::pair{X[h - k][0], -X[h - k][1]};
     };
-    fftw_complex* W = threadScratch<fftw_complex>(2, h + 1);
+    // The inverse halves are summed straight from each W_k the mask makes:
+    // for k <= h/2 into bin k, W_k to P and W_k exp(2 pi i k / n) = W_k conj(w^k)
+    // to Q; for k >= h/2 into bin h - k, conj(W_k) to P and conj(W_k) w^k to Q
+    // (exp(2 pi i (h - k) / n) = -w^k, and W_(k+h) enters Q with a minus).
+    fftw_complex* P = threadScratch<fftw_complex>(2, halfBins);
+    fftw_complex* Q = threadScratch<fftw_complex>(3, halfBins);
+    std::fill(&P[0][0], &P[halfBins][0], 0.0);
+    std::fill(&Q[0][0], &Q[halfBins][0], 0.0);
+    const auto conjT4 = [](double c, double s) {
+        const double c2 = c * c - s * s, s2 = 2.0 * c * s; // t^2
+        return std::pair{c2 * c2 - s2 * s2, -2.0 * c2 * s2};  // conj(t^4) = w^k
+    };
     dct.mask(
         [&](std::size_t k, double c, double s) {
-            const double c2 = c * c - s * s, s2 = 2.0 * c * s;         // t^2
-            const double wr = c2 * c2 - s2 * s2, wi = -2.0 * c2 * s2; // conj(t^4)
+            const auto [wr, wi] = conjT4(c, s);
             const auto [ar, ai] = periodic(A, k);
             const auto [br, bi] = periodic(B, k);
             return std::pair{ar + wr * br - wi * bi, ai + wr * bi + wi * br};
         },
-        [&](std::size_t k, double re, double im) {
-            W[k][0] = re;
-            W[k][1] = im;
+        [&](std::size_t k, double c, double s, double re, double im) {
+            const auto [wr, wi] = conjT4(c, s);
+            if (2 * k <= h) {
+                P[k][0] += re;
+                P[k][1] += im;
+                Q[k][0] += re * wr + im * wi; // W conj(w)
+                Q[k][1] += im * wr - re * wi;
+            }
+            if (2 * k >= h) {
+                const std::size_t j = h - k;
+                P[j][0] += re;
+                P[j][1] -= im;
+                Q[j][0] += re * wr + im * wi; // conj(W) w
+                Q[j][1] += re * wi - im * wr;
+            }
         },
-        [&](std::size_t begin, std::size_t end) { std::fill(&W[begin][0], &W[end][0], 0.0); });
-
-    // The inverse halves, with exp(2 pi i k / n) exact at every 64th bin.
-    const double step = 2.0 * std::numbers::pi / static_cast<double>(n);
-    const double stepC = std::cos(step), stepS = std::sin(step);
-    double c = 1.0, s = 0.0;
-    for (std::size_t k = 0; k < halfBins; ++k) {
-        if (k % 64 == 0) {
-            c = std::cos(step * static_cast<double>(k));
-            s = std::sin(step * static_cast<double>(k));
-        } else {
-            const double next = c * stepC - s * stepS;
-            s = s * stepC + c * stepS;
-            c = next;
-        }
-        const double pr = W[k][0], pi = W[k][1];
-        const double qr = W[h - k][0], qi = -W[h - k][1]; // W_(k+h)
-        A[k][0] = pr + qr;
-        A[k][1] = pi + qi;
-        const double dr = pr - qr, di = pi - qi;
-        B[k][0] = dr * c - di * s;
-        B[k][1] = dr * s + di * c;
-    }
+        [](std::size_t, std::size_t) {});
     {
-        auto other = startWorker([&] { backward->backward(B, b); });
-        backward->backward(A, a);
+        auto other = startWorker([&] { backward->backward(Q, b); });
+        backward->backward(P, a);
         other.get();
     }
     for (std::size_t i = 0; i < quarter; ++i) {
@@ -231,17 +231,28 @@ BandPeriods fourierBandPass(std::span<double> x, double tmin, double tmax) {
     if (n == 0) return band;
 
     // Step 1: mean and least-squares line about the middle sample.
+    // Each sum runs in four interleaved partial sums, added at the end: one
+    // chain of dependent additions would wait on the adder's latency at every
+    // sample (a millisecond per pass at 10^6).
     const double middle = 0.5 * static_cast<double>(n - 1);
-    double mean = 0.0;
-    for (double v : x)
-        mean += v;
-    mean /= static_cast<double>(n);
-    double moment = 0.0, spread = 0.0;
-    for (std::size_t t = 0; t < n; ++t) {
-        const double u = static_cast<double>(t) - middle;
-        moment += u * (x[t] - mean);
-        spread += u * u;
-    }
+    const std::size_t blocked = n / 4 * 4;
+    double partial[4] = {0.0, 0.0, 0.0, 0.0};
+    for (std::size_t t = 0; t < blocked; t += 4)
+        for (std::size_t i = 0; i < 4; ++i)
+            partial[i] += x[t + i];
+    for (std::size_t t = blocked; t < n; ++t)
+        partial[t % 4] += x[t];
+    const double mean = ((partial[0] + partial[1]) + (partial[2] + partial[3])) / static_cast<double>(n);
+    std::fill_n(partial, 4, 0.0);
+    for (std::size_t t = 0; t < blocked; t += 4)
+        for (std::size_t i = 0; i < 4; ++i)
+            partial[i] += (static_cast<double>(t + i) - middle) * (x[t + i] - mean);
+    for (std::size_t t = blocked; t < n; ++t)
+        partial[t % 4] += (static_cast<double>(t) - middle) * (x[t] - mean);
+    const double moment = (partial[0] + partial[1]) + (partial[2] + partial[3]);
+    // sum of (t - middle)^2 over t = 0 .. n-1
+    const double dn = static_cast<double>(n);
+    const double spread = (dn - 1.0) * dn * (dn + 1.0) / 12.0;
     const double slope = spread > 0.0 ? moment / spread : 0.0;
 
     auto rest = [&](std::size_t t) {
