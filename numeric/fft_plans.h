@@ -10,7 +10,8 @@
 //     plan.forward(x.data(), X.data());               // any thread
 //
 // All plans are out of place and made with FFTW_ESTIMATE: no trial runs, and the
-// chosen algorithm, hence every rounding, is the same on every run.
+// chosen algorithm, hence every rounding, is the same on every run. Long odd
+// prime lengths take a convolution of their own instead (see RealFftPlan).
 // Buffers come from fftw_malloc, so they have the alignment the plan was made for.
 //
 // Transforms are unnormalised, as in FFTW:
@@ -78,17 +79,49 @@ enum class FftDirection {
                       // 1.6 times faster)
 };
 
+// How a plan computes its transform.
+enum class FftMethod {
+    Automatic,        // PrimeConvolution for an odd prime n >= primeConvolutionFrom,
+                      // FFTW for every other length
+    Fftw,             // FFTW's own plan, whatever the length
+    PrimeConvolution, // odd prime n only (n >= 3): see below
+};
+
+// From this length on an odd prime length is transformed by PrimeConvolution.
+// FFTW's own algorithm for a prime p (Rader's, with a convolution of length
+// p - 1 computed by transforms of that exact length) is fast when p - 1 is
+// smooth and slow when p - 1 has large prime factors again: for p = 999,983
+// (p - 1 = 2 x 79 x 6329) it costs 40 times a real transform of 10^6.
+inline constexpr std::size_t primeConvolutionFrom = 2048;
+
 // A plan for real data of length n in one direction. Making one is the costly
 // part (for n = 10^6 about a tenth of a second, and the first execution as much
 // again while FFTW settles its tables); executing it again is cheap.
+//
+// PrimeConvolution, for an odd prime n, computes the same exact DFT of length n
+// by Rader's reordering, whose cost does not depend on how n - 1 factors. With g
+// a primitive root mod n and h = (n - 1) / 2, every nonzero index is g^p mod n
+// and X_(g^-q) = x_0 + sum_p x_(g^p) w^(g^(p-q)), w = exp(-2 pi i / n): a cyclic
+// correlation of length n - 1. As g^h = -1, the kernel's real part repeats
+// after h steps and its imaginary part changes sign, so for real data the
+// correlation splits into two real ones of length h: the sums
+// x_(g^p) + x_(n-g^p) with the cosines (cyclic), and the differences with the
+// sines (negacyclic). Each is one circular convolution of a smooth length
+// m >= 2h - 1 = n - 2 (zero-padded, so nothing wraps), by real FFTW transforms
+// of length m, against kernel spectra made once per n. The backward transform
+// splits the same way (real and imaginary parts of the bins). The two halves are
+// independent: for long lengths the second runs on a worker thread, with the
+// same arithmetic, so the result does not depend on the number of threads.
+// Cost: four real transforms of about n, against two for a round n.
 class RealFftPlan {
   public:
-    RealFftPlan(std::size_t n, FftDirection direction);
+    RealFftPlan(std::size_t n, FftDirection direction, FftMethod method = FftMethod::Automatic);
     ~RealFftPlan();
     RealFftPlan(const RealFftPlan&) = delete;
     RealFftPlan& operator=(const RealFftPlan&) = delete;
 
     std::size_t size() const { return n_; }
+    bool usesPrimeConvolution() const { return prime_ != nullptr; }
     // Forward and ForwardOverwrite plans. in: n reals (garbage afterwards for
     // ForwardOverwrite), out: n/2 + 1 bins; both from FftBuffer.
     void forward(double* in, fftw_complex* out) const;
@@ -96,11 +129,17 @@ class RealFftPlan {
     // FftBuffer.
     void backward(fftw_complex* in, double* out) const;
 
+    struct PrimeConvolution;
+
   private:
     std::size_t n_;
     FftDirection direction_;
     fftw_plan plan_ = nullptr;
+    std::shared_ptr<const PrimeConvolution> prime_; // set for FftMethod::PrimeConvolution
 };
+
+// Whether n is prime (by trial division; n < 2^31 takes at most 23,000 of them).
+bool isPrime(std::size_t n);
 
 // The plan for length n (n >= 1), made on first use and kept for the life of the
 // process. Meant for the few sizes that recur (transform sizes of spectra); a

@@ -10,3 +10,9 @@ target_link_libraries(test_spectral PRIVATE tarnic_numeric GTest::gtest_main ${C
 target_compile_definitions(test_spectral PRIVATE TARNIC_DLL_PATH="${TARNIC_APP_DIR}/Tarnic.dll")
 add_dependencies(test_spectral Tarnic)
 gtest_discover_tests(test_spectral PROPERTIES ENVIRONMENT "${TARNIC_TEST_ENV}")
+
+# Real transforms of every kind of length and the band-pass filter and Fourier
+# resampling on them (prime lengths above all).
+add_executable(test_transform_lengths ${CMAKE_CURRENT_LIST_DIR}/test_transform_lengths.cpp)
+target_link_libraries(test_transform_lengths PRIVATE tarnic_numeric GTest::gtest_main)
+gtest_discover_tests(test_transform_lengths PROPERTIES ENVIRONMENT "${TARNIC_TEST_ENV}")
