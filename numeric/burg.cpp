@@ -138,8 +138,10 @@ std::vector<double> autocorrelation(std::span<const double> y, std::size_t maxLa
 // instruction set runs it.
 constexpr std::size_t kLanes = 8;
 
-// GCC notes that returning such a value would change the ABI without AVX; these
-// helpers are inlined into one function and never cross a call.
+// GCC notes that returning such a value would change the ABI without AVX. The
+// helpers below are therefore always inlined (at every optimisation level),
+// so such a value never crosses a call between code built for different
+// instruction sets.
 #pragma GCC diagnostic ignored "-Wpsabi"
 
 // Four lanes of doubles as one value; the compiler maps them onto whatever
@@ -148,15 +150,15 @@ using Lanes = double __attribute__((vector_size(32)));
 constexpr std::size_t kWidth = 4;
 static_assert(kLanes == 2 * kWidth);
 
-Lanes load(const double* p) {
+[[gnu::always_inline]] inline Lanes load(const double* p) {
     Lanes v;
     std::memcpy(&v, p, sizeof v);
     return v;
 }
-void store(double* p, Lanes v) { std::memcpy(p, &v, sizeof v); }
-Lanes splat(double x) { return Lanes{x, x, x, x}; }
+[[gnu::always_inline]] inline void store(double* p, const Lanes& v) { std::memcpy(p, &v, sizeof v); }
+[[gnu::always_inline]] inline Lanes splat(double x) { return Lanes{x, x, x, x}; }
 // Adds the two halves' lanes into the kLanes partial sums.
-void addLanes(double* sums, const Lanes (&halves)[2]) {
+[[gnu::always_inline]] inline void addLanes(double* sums, const Lanes (&halves)[2]) {
     for (std::size_t h = 0; h < 2; ++h)
         for (std::size_t l = 0; l < kWidth; ++l)
             sums[h * kWidth + l] += halves[h][l];
@@ -251,7 +253,8 @@ bool fastBurg(std::span<const double> y, std::size_t order, std::vector<double>&
             Lanes hs[2] = {}, ts[2] = {}, es[2] = {};
             // One half block: kWidth lanes at j, summed into the h-th accumulators
             // (named registers, not an indexed array, so they stay in registers).
-            const auto step = [&](std::size_t j, Lanes& hsum, Lanes& tsum, Lanes& esum) {
+            const auto step = [&](std::size_t j, Lanes& hsum, Lanes& tsum, Lanes& esum)
+                __attribute__((always_inline)) {
                 const Lanes ai = load(a + j), qi = load(aRev + j);
                 const Lanes an = ai - kv * qi;
                 store(a + j, an);
@@ -302,7 +305,8 @@ bool fastBurg(std::span<const double> y, std::size_t order, std::vector<double>&
         i = 0;
         {
             const Lanes kv = splat(k), hv = splat(headDot), tv = splat(tailDot);
-            const auto step = [&](std::size_t j, Lanes& esum, Lanes& csum) {
+            const auto step = [&](std::size_t j, Lanes& esum, Lanes& csum)
+                __attribute__((always_inline)) {
                 const Lanes gi = load(g + j), qi = load(gRev + j);
                 const Lanes gn = gi - kv * qi - load(head + j) * hv - load(tail + j) * tv;
                 const Lanes qn = qi - kv * gi - load(yf + j) * hv - load(yMirror + j) * tv;
