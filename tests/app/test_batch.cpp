@@ -2,7 +2,6 @@
 // clicks write and the files `tarnic` writes are the same, name for name and
 // byte for byte; bad input and bad usage end with the right status and write
 // nothing; pictures of each kind are valid.
-#include "core/msgbox.h"
 #include "maps/heisboxform.h"
 #include "maps/morletsvanform.h"
 #include "maps/svanarform.h"
@@ -16,12 +15,7 @@
 #include "wavelet/wavefiltform.h"
 #include "wavelet/wavespectraform.h"
 
-#include <QDropEvent>
-#include <QImage>
-#include <QMimeData>
-#include <QProcess>
-#include <QUrl>
-#include <QXmlStreamReader>
+#include <QtWidgets>
 
 #include <functional>
 #include <map>
@@ -44,18 +38,14 @@ std::map<std::string, std::string> results(const fs::path& root,
     return files;
 }
 
-struct ToolRun {
-    int status;
-    std::string out, err;
-};
+struct ToolRun { int status; std::string out, err; };
 
 ToolRun tarnicTool(const QStringList& args, const fs::path& workDir) {
     QProcess p;
     p.setWorkingDirectory(QString::fromStdString(workDir.string()));
     // The tool needs no display: it runs without QT_QPA_PLATFORM and DISPLAY.
     QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.remove("QT_QPA_PLATFORM");
-    env.remove("DISPLAY");
+    for (const char* name : {"QT_QPA_PLATFORM", "DISPLAY"}) env.remove(name);
     p.setProcessEnvironment(env);
     p.start(TARNIC_BATCH_PATH, args);
     p.waitForFinished(120000);
@@ -94,11 +84,8 @@ Clicks typeAndPress(std::vector<std::pair<TextBox* C::*, QString>> boxes,
 }
 const std::vector<void (F::*)()> kSpectra = {&F::LaunchButton_Click, &F::SaveSpButton_Click};
 
-struct Case {
-    const char* file;
-    QStringList tool; // action and options given to both
-    Clicks clicks;
-};
+// The example, the action and options given to both, the clicks.
+struct Case { const char* file; QStringList tool; Clicks clicks; };
 
 const Case kCases[] = {
     {"ar2_peak.dat", {"spectra", "--order", "30", "--radius", "2"},
@@ -125,8 +112,7 @@ const Case kCases[] = {
          wb.form1().ShowSignGrafButton_Click();
          SignalPlot& plot = wb.signalPlot();
          plot.ui().LocPolynomOption->setValue(true);
-         plot.ui().TrendPolynomOrder->setText("2");
-         plot.ui().SmoothRad->setText("40");
+         typeIn({{plot.ui().TrendPolynomOrder, "2"}, {plot.ui().SmoothRad, "40"}});
          plot.ReDrawButton_Click();
          plot.SaveTrendButton_Click();
      }},
@@ -175,9 +161,8 @@ const Case kCases[] = {
      [](Workbench& wb, QStringList&) {
          wb.form1().SvanArButton_Click();
          SvanArForm& svan = wb.svanArForm();
-         svan.ui().LengWinText->setText("512");
-         svan.ui().ShiftText->setText("64");
-         svan.ui().ArOrderText->setText("20");
+         typeIn({{svan.ui().LengWinText, "512"}, {svan.ui().ShiftText, "64"},
+                 {svan.ui().ArOrderText, "20"}});
          svan.LaunchSvan_Click();
          svan.SaveGRD_Click();
      }},
@@ -210,29 +195,15 @@ const Case kCases[] = {
      })},
 };
 
-class BatchTool : public MainWindow {
-  protected:
-    // A copy of one example in a folder of its own.
-    fs::path copyInto(const std::string& folder, const std::string& example,
-                      const std::string& name) {
-        const fs::path d = dir / folder;
-        fs::create_directories(d);
-        fs::copy_file(fs::path(TARNIC_EXAMPLES_DIR) / example, d / name,
-                      fs::copy_options::overwrite_existing);
-        return d;
-    }
-    // The workbench, its messages caught, browsing `folder`.
-    void startIn(const fs::path& folder) {
-        setMsgBoxHook([this](const QString& text, const QString&) { messages.push_back(text); });
-        start();
-        ui().Dir1->setPath(QString::fromStdString(folder.string()));
-    }
-    std::vector<QString> messages;
-    void TearDown() override {
-        setMsgBoxHook({});
-        MainWindow::TearDown();
-    }
-};
+// A copy of one example in the folder `d`, made if need be; gives `d`.
+fs::path copyInto(const fs::path& d, const std::string& example, const std::string& name) {
+    fs::create_directories(d);
+    fs::copy_file(fs::path(TARNIC_EXAMPLES_DIR) / example, d / name,
+                  fs::copy_options::overwrite_existing);
+    return d;
+}
+
+class BatchTool : public MainWindow {};
 
 class BatchCase : public BatchTool, public ::testing::WithParamInterface<Case> {};
 
@@ -240,27 +211,25 @@ TEST_P(BatchCase, WritesTheFilesOfTheWindowsByteForByte) {
     const Case& c = GetParam();
     // A non-ASCII name in a folder with a blank, as real data have.
     const std::string name = std::string("Süd ") + c.file;
-    const fs::path byHand = copyInto("by hand", c.file, name);
-    const fs::path byTool = copyInto("by tool", c.file, name);
-    startIn(byHand);
+    const fs::path byHand = copyInto(dir / "by hand", c.file, name);
+    const fs::path byTool = copyInto(dir / "by tool", c.file, name);
+    startBrowsing(byHand);
     open(name);
     ASSERT_GT(form().Nrec, 0);
     QStringList args = QStringList(c.tool) << QString::fromStdString(name);
     c.clicks(*wb, args);
     EXPECT_TRUE(messages.empty()) << messages.front().toStdString();
-
     const ToolRun run = tarnicTool(args, byTool);
     EXPECT_EQ(run.status, 0) << run.err;
     const auto expected = results(byHand, {name}), got = results(byTool, {name});
     ASSERT_FALSE(expected.empty());
     // The same names with the same bytes; stdout names each file by its full path.
     std::set<std::string> differ, listed, lines;
-    for (const auto& [rel, bytes] : expected)
-        if (!got.count(rel) || got.at(rel) != bytes) differ.insert(rel);
     for (const auto& [rel, bytes] : got) {
-        if (!expected.count(rel)) differ.insert(rel);
+        if (!expected.count(rel) || expected.at(rel) != bytes) differ.insert(rel);
         listed.insert((byTool / rel).string());
     }
+    for (const auto& [rel, bytes] : expected) if (!got.count(rel)) differ.insert(rel);
     EXPECT_EQ(differ, std::set<std::string>{}) << run.err;
     std::istringstream out(run.out);
     for (std::string line; std::getline(out, line);) lines.insert(line);
@@ -273,16 +242,13 @@ INSTANTIATE_TEST_SUITE_P(EveryAction, BatchCase, ::testing::ValuesIn(kCases),
                          });
 
 TEST_F(BatchTool, RefusedRunsEndWithTheirStatusAndWriteNothingRepairedOnesAreSaidAndGoOn) {
-    const fs::path d = copyInto("bad", "broken_record.dat", "broken_record.dat");
-    copyInto("bad", "two_sines_trend.dat", "good.dat");
-    copyInto("bad", "ar2_peak.dat", "ar2_peak.dat");
+    const fs::path d = copyInto(dir / "bad", "broken_record.dat", "broken_record.dat");
+    copyInto(dir / "bad", "two_sines_trend.dat", "good.dat");
+    copyInto(dir / "bad", "ar2_peak.dat", "ar2_peak.dat");
     const std::set<std::string> inputs = {"broken_record.dat", "good.dat", "ar2_peak.dat"};
-    const struct {
-        QStringList args;
-        int status;
-        const char* said; // a piece of the message on stderr
-        std::string out;  // a piece of stdout; a refused run prints nothing
-    } cases[] = {
+    // `said` is a piece of the message on stderr, `out` one of stdout; a refused
+    // run prints nothing.
+    const struct { QStringList args; int status; const char* said; std::string out; } cases[] = {
         {{"spectra", "missing.dat"}, 1, "missing.dat: no such file", ""},
         {{"spectra", "broken_record.dat"}, 1, "broken_record.dat: ", ""}, // the intake's message
         {{"bandpass", "good.dat", "--tmin", "1e6", "--tmax", "2e6"}, 1, "too short", ""},
@@ -317,7 +283,7 @@ TEST_F(BatchTool, RefusedRunsEndWithTheirStatusAndWriteNothingRepairedOnesAreSai
 }
 
 TEST_F(BatchTool, PicturesOfEachKindAreValidAndMapsKeepTheirColours) {
-    const fs::path d = copyInto("pictures", "two_sines_trend.dat", "s.dat");
+    const fs::path d = copyInto(dir / "pictures", "two_sines_trend.dat", "s.dat");
     const std::pair<const char*, const char*> pictures[] = {
         {"morlet", "map.png"}, {"spectra", "spectra.pdf"}, {"spectra", "spectra.svg"}};
     for (const auto& [action, name] : pictures) {
@@ -343,9 +309,9 @@ TEST_F(BatchTool, PicturesOfEachKindAreValidAndMapsKeepTheirColours) {
 }
 
 TEST_F(BatchTool, AFileDroppedOnTheMainWindowOpensAsADoubleClick) {
-    const fs::path d = copyInto("dropped here", "ar2_peak.dat", "a.dat");
-    copyInto("dropped here", "two_sines_trend.dat", "b.dat");
-    startIn(dir.path());
+    const fs::path d = copyInto(dir / "dropped here", "ar2_peak.dat", "a.dat");
+    copyInto(dir / "dropped here", "two_sines_trend.dat", "b.dat");
+    startBrowsing(dir.path());
     QMimeData data;
     data.setUrls({QUrl::fromLocalFile(QString::fromStdString((d / "b.dat").string())),
                   QUrl::fromLocalFile(QString::fromStdString((d / "a.dat").string()))});

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "core/form1.h"
+#include "core/msgbox.h"
 #include "core/tarniclibrary.h"
 #include "core/workbench.h"
 #include "tests/core/qt_print.h"
@@ -34,11 +35,7 @@ inline void expectStage(Form1Controls& c, Stage stage,
                         std::initializer_list<std::string> usedUp = {}) {
     const bool browsing = stage == Stage::Start || stage == Stage::Rejected;
     const bool shown = stage == Stage::SpectraShown;
-    const struct {
-        QWidget* w;
-        bool on;
-        const char* name;
-    } table[] = {
+    const struct { QWidget* w; bool on; const char* name; } table[] = {
 #define ROW(w, on) {c.w, on, #w}
         ROW(File1, browsing), ROW(Dir1, browsing), ROW(Drive1, browsing),
         ROW(OtherFileButton, !browsing), ROW(Frame1, !browsing), ROW(FrameMainParam, !browsing),
@@ -64,6 +61,11 @@ inline void choose(PlotSurface& surface, const QString& text) {
     ADD_FAILURE() << "no menu entry " << text.toStdString();
 }
 
+// Types into text boxes of any window, in the order given.
+inline void typeIn(std::initializer_list<std::pair<TextBox*, QString>> boxes) {
+    for (const auto& [box, text] : boxes) box->setText(text);
+}
+
 inline std::string series(int n, const std::function<double(int)>& f) {
     std::ostringstream out;
     out.precision(9);
@@ -81,6 +83,7 @@ class MainWindow : public ::testing::Test {
         TarnicLibrary::instance().setPlatformSearch(true);
     }
     void TearDown() override {
+        setMsgBoxHook({});
         wb.reset();
         QApplication::processEvents();
         TarnicLibrary::instance().setPreferredFile(TARNIC_DLL_PATH);
@@ -90,6 +93,12 @@ class MainWindow : public ::testing::Test {
         wb = std::make_unique<Workbench>();
         wb->start();
         QApplication::processEvents();
+    }
+    // Starts browsing `folder`, the message boxes caught into `messages` till the end.
+    void startBrowsing(const fs::path& folder) {
+        setMsgBoxHook([this](const QString& text, const QString&) { messages.push_back(text); });
+        start();
+        ui().Dir1->setPath(QString::fromStdString(folder.string()));
     }
     Form1& form() { return wb->form1(); }
     Form1Controls& ui() { return wb->form1().ui(); }
@@ -101,13 +110,12 @@ class MainWindow : public ::testing::Test {
         ASSERT_TRUE(ui().File1->selectFile(QString::fromStdString(name))) << name;
         form().File1_DblClick();
     }
-    QString message() {
-        return ui().MessLineLabel->Visible() ? ui().MessLineLabel->Caption() : QString();
-    }
+    QString message() { return ui().MessLineLabel->Visible() ? ui().MessLineLabel->Caption() : ""; }
     bool messageIsRed() { return ui().MessLineLabel->ForeColor() == BasicColor(12); }
 
     TempDir dir;
     std::unique_ptr<Workbench> wb;
+    std::vector<QString> messages;
 };
 
 

@@ -9,10 +9,8 @@ namespace tarnic::test {
 namespace {
 
 TEST(FileNames, EveryByteStringRoundTripsAndValidUtf8DecodesAsUsual) {
-    const struct {
-        std::string bytes;
-        QString decoded; // empty: only the round trip is checked
-    } cases[] = {
+    // An empty `decoded`: only the round trip is checked.
+    const struct { std::string bytes; QString decoded; } cases[] = {
         {"plain.dat", "plain.dat"},
         {"caf\xc3\xa9.dat", QString::fromUtf8("caf\xc3\xa9.dat")},
         {"\xf0\x9f\x98\x80", QString::fromUtf8("\xf0\x9f\x98\x80")},

@@ -36,11 +36,8 @@ struct MarksControls {
     MarkLabels x{}, y{};
 };
 
-class MarksForm : public FormOf<MarksControls> {
-  public:
+struct MarksForm : FormOf<MarksControls> {
     explicit MarksForm(Workbench& wb) : FormOf(wb, "MarksForm") {}
-
-  protected:
     void connectHandlers() override { setClientSize(8000, 4500); }
 };
 
@@ -57,17 +54,12 @@ std::set<Tick> ticks(Canvas& canvas) {
 } // namespace
 
 TEST(MarkText, LeadingBlankGoesABarePointGetsItsZeroAndTheLogFlagIsUndone) {
-    const struct {
-        float value;
-        int log;
-        bool yAxis;
-        const char* text;
-    } cases[] = {{0.25f, 0, false, "0.25"}, {-0.25f, 0, false, "-0.25"}, {0.0f, 0, true, "0"},
-                 {1e7f, 0, false, "1E+07"}, {12.5f, 0, true, "12.5"},
-                 {-1.5e-6f, 0, true, "-1.5E-06"},
-                 // Logarithms are natural on x and decimal on y.
-                 {static_cast<float>(std::log(100.0)), 1, false, "100"}, {0.0f, 1, false, "1"},
-                 {2.0f, 1, true, "100"}, {-1.0f, 1, true, "0.1"}};
+    const struct { float value; int log; bool yAxis; const char* text; } cases[] = {
+        {0.25f, 0, false, "0.25"}, {-0.25f, 0, false, "-0.25"}, {0.0f, 0, true, "0"},
+        {1e7f, 0, false, "1E+07"}, {12.5f, 0, true, "12.5"}, {-1.5e-6f, 0, true, "-1.5E-06"},
+        // Logarithms are natural on x and decimal on y.
+        {static_cast<float>(std::log(100.0)), 1, false, "100"}, {0.0f, 1, false, "1"},
+        {2.0f, 1, true, "100"}, {-1.0f, 1, true, "0.1"}};
     for (const auto& c : cases) EXPECT_EQ(MarkText(c.value, c.log, c.yAxis), c.text) << c.value;
 }
 
@@ -237,11 +229,10 @@ TEST(PlotSurface, AMillionSegmentsCostOnePaintAndEachColumnSpansItsLowestToItsHi
     const QImage& image = surface.canvas().image();
     EXPECT_EQ(surface.canvas().paintedCount() - before, 1u);
     const int top4 = static_cast<int>(H / 4 / 15), bottom4 = static_cast<int>(3 * H / 4 / 15);
-    for (int x = 1; x < image.width() - 1; x += 5) {
-        EXPECT_EQ(image.pixel(x, top4 + 1), qRgb(0, 0, 0)) << x;
-        EXPECT_EQ(image.pixel(x, bottom4 - 1), qRgb(0, 0, 0)) << x;
-        EXPECT_EQ(image.pixel(x, top4 - 3), kWhite) << x;
-    }
+    for (int x = 1; x < image.width() - 1; x += 5)
+        EXPECT_EQ((std::array{image.pixel(x, top4 + 1), image.pixel(x, bottom4 - 1),
+                              image.pixel(x, top4 - 3)}),
+                  (std::array{qRgb(0, 0, 0), qRgb(0, 0, 0), kWhite})) << x;
 }
 
 TEST(PlotSurface, PointerInTwipsAndNoEventsWhenDisabled) {

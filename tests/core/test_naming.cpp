@@ -47,39 +47,33 @@ TEST(CutDat, RemovesTheFirstDatOfTheWholeComposedText) {
 }
 
 TEST(Names, SeriesBesideTheDataSpectraAndGridsInTheirSubdirectories) {
-    const std::string S = "/d/x.dat";
+    using namespace names;
+    const std::string S = "/d/x.dat", Sp = "/d/SpectEstimates/", G = "/d/GRID_files/";
     expectGolden({
-        {names::Increments(S), "/d/x-INC.dat"},
-        {names::DownSampled(S, NumText(4.0)), "/d/x-DNS= 4.dat"},
-        {names::DownSampledVariance(S, 4.0), "/d/x-Var.DNS= 4.dat"},
-        {names::BandPass(S + "-BPF(", 12.3456, 250.0), "/d/x-BPF(Tmin,max= 12.345, 250).dat"},
-        {names::Trend(S, NumText(std::int32_t{50}), ""), "/d/x-TRN,Rad= 50.dat"},
-        {names::Trend(S, " 50", " 3"), "/d/x-TRN,Rad= 50,Ord= 3.dat"},
-        {names::Residual(S, " 50", " 3"), "/d/x-RSD,Rad= 50,Ord= 3.dat"},
-        {names::Fragment(S, 10.5, 20), "/d/x,PART[10.5,20].dat"},
-        {names::Harmonic(S, false, 12.3456, 0, 99), "/d/x(BestFitHarm,T= 12.345,[ 0, 99]).dat"},
-        {names::Harmonic(S, true, 12.3456, 0, 99),
-         "/d/x,DeTrended(BestFitHarm,T= 12.345,[ 0, 99]).dat"},
-        {names::Component(S + "-WDC(", 2, 4.5), "/d/x-WDC(Tmin,max= 2, 4.5).dat"},
-        {names::ThresholdMain(S, " .75", false, 8), "/d/x-THR-MAIN( .75,Daub 8).dat"},
-        {names::ThresholdResidual(S, " .75", true, 8), "/d/x-THR-RSD( .75,Sym 8).dat"},
-        {names::SpectrumAR("/d", "x.dat", 204, 2048),
-         "/d/SpectEstimates/Sp_AR(x) AR= 204,Leng= 2048.dat"},
-        {names::SpectrumFourier("/d", "x.txt", 1, 2048),
-         "/d/SpectEstimates/Sp_Four(x.txt) MM= 1,Leng= 2048.dat"},
-        {names::WavePacketSpectrum("/d", "x.dat"), "/d/SpectEstimates/WaveSp(x).dat"},
-        {names::SpectraEvolutionGrid("/d", "x.dat", 2048, 75, 204),
-         "/d/GRID_files/Lg(Sp)_x_Leng= 2048,Shift= 75,AR= 204.grd"},
-        {names::MorletGrid("/d", "x.dat", 0, 99, false),
-         "/d/GRID_files/Lg(WaveCoeff^2)_x,PART[0,99].grd"},
-        {names::MorletGrid("/d", "x", 0, 99, true),
-         "/d/GRID_files/Lg(WaveCoeff^2)_x,PART[0,99],DeTrended.grd"},
-        {names::MorletSpectrum("/d", "x.dat", 1.5, 3, true),
-         "/d/SpectEstimates/Sp(WaveCoeff^2)_x,PART[1.5,3],DeTrended.dat"},
-        {names::HeisenbergGrid("/d", "x.dat", 0, 31, false),
-         "/d/GRID_files/Lg(AbsWaveCoeff_HBoxes)_x,PART[0,31].grd"},
-        {names::SingularitySpectrum("/d", "x.dat", 0, 999),
-         "/d/SpectEstimates/F(Alfa)_x,PART[0,999].dat"}});
+        {Increments(S), "/d/x-INC.dat"}, {DownSampled(S, NumText(4.0)), "/d/x-DNS= 4.dat"},
+        {DownSampledVariance(S, 4.0), "/d/x-Var.DNS= 4.dat"},
+        {BandPass(S + "-BPF(", 12.3456, 250.0), "/d/x-BPF(Tmin,max= 12.345, 250).dat"},
+        {Trend(S, NumText(std::int32_t{50}), ""), "/d/x-TRN,Rad= 50.dat"},
+        {Trend(S, " 50", " 3"), "/d/x-TRN,Rad= 50,Ord= 3.dat"},
+        {Residual(S, " 50", " 3"), "/d/x-RSD,Rad= 50,Ord= 3.dat"},
+        {Fragment(S, 10.5, 20), "/d/x,PART[10.5,20].dat"},
+        {Harmonic(S, false, 12.3456, 0, 99), "/d/x(BestFitHarm,T= 12.345,[ 0, 99]).dat"},
+        {Harmonic(S, true, 12.3456, 0, 99), "/d/x,DeTrended(BestFitHarm,T= 12.345,[ 0, 99]).dat"},
+        {Component(S + "-WDC(", 2, 4.5), "/d/x-WDC(Tmin,max= 2, 4.5).dat"},
+        {ThresholdMain(S, " .75", false, 8), "/d/x-THR-MAIN( .75,Daub 8).dat"},
+        {ThresholdResidual(S, " .75", true, 8), "/d/x-THR-RSD( .75,Sym 8).dat"},
+        {SpectrumAR("/d", "x.dat", 204, 2048), Sp + "Sp_AR(x) AR= 204,Leng= 2048.dat"},
+        {SpectrumFourier("/d", "x.txt", 1, 2048), Sp + "Sp_Four(x.txt) MM= 1,Leng= 2048.dat"},
+        {WavePacketSpectrum("/d", "x.dat"), Sp + "WaveSp(x).dat"},
+        {SpectraEvolutionGrid("/d", "x.dat", 2048, 75, 204),
+         G + "Lg(Sp)_x_Leng= 2048,Shift= 75,AR= 204.grd"},
+        {MorletGrid("/d", "x.dat", 0, 99, false), G + "Lg(WaveCoeff^2)_x,PART[0,99].grd"},
+        {MorletGrid("/d", "x", 0, 99, true), G + "Lg(WaveCoeff^2)_x,PART[0,99],DeTrended.grd"},
+        {MorletSpectrum("/d", "x.dat", 1.5, 3, true),
+         Sp + "Sp(WaveCoeff^2)_x,PART[1.5,3],DeTrended.dat"},
+        {HeisenbergGrid("/d", "x.dat", 0, 31, false),
+         G + "Lg(AbsWaveCoeff_HBoxes)_x,PART[0,31].grd"},
+        {SingularitySpectrum("/d", "x.dat", 0, 999), Sp + "F(Alfa)_x,PART[0,999].dat"}});
 }
 
 TEST(Records, TwoColumnsNeverTouchAndThreeFieldsStandInZonesOf14) {

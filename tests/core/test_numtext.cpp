@@ -8,10 +8,7 @@
 
 using namespace tarnic;
 
-template <class T> struct Shown {
-    T value;
-    const char* text;
-};
+template <class T> struct Shown { T value; const char* text; };
 
 TEST(NumText, SevenDigitsForSinglesFifteenForDoublesAllForIntegers) {
     const Shown<float> singles[] = {

@@ -5,18 +5,7 @@
 
 #include "core/plotsurface.h"
 
-#include <QAbstractButton>
-#include <QAbstractScrollArea>
-#include <QAbstractSlider>
-#include <QCheckBox>
-#include <QComboBox>
-#include <QGroupBox>
-#include <QLabel>
-#include <QLineEdit>
-#include <QPushButton>
-#include <QRadioButton>
-#include <QStyle>
-#include <QStyleOptionGroupBox>
+#include <QtWidgets>
 
 #include <functional>
 #include <optional>
@@ -109,13 +98,13 @@ inline std::vector<std::string> layoutFaults(QWidget& window) {
         }
     };
     walk(window);
-    for (std::size_t i = 0; i < items.size(); ++i)
-        for (std::size_t j = i + 1; j < items.size(); ++j) {
-            QWidget* a = items[i].first;
-            QWidget* b = items[j].first;
+    for (auto i = items.begin(); i != items.end(); ++i)
+        for (auto j = i + 1; j != items.end(); ++j) {
+            const auto& [a, aBoxes] = *i;
+            const auto& [b, bBoxes] = *j;
             if (a->isAncestorOf(b) || b->isAncestorOf(a)) continue;
-            for (const QRect& p : items[i].second)
-                for (const QRect& q : items[j].second)
+            for (const QRect& p : aBoxes)
+                for (const QRect& q : bBoxes)
                     if (p.intersects(q))
                         faults.push_back(describe(a) + " overlaps " + describe(b) + " at " +
                                          std::to_string(p.x()) + "," + std::to_string(p.y()));

@@ -3,12 +3,9 @@
 // each step which windows stand on the screen, that each of them is laid out
 // cleanly (the check that found real overlaps). What each step writes is
 // compared byte for byte with the batch tool's files in tests/app.
-#include "core/msgbox.h"
-#include "core/numtext.h"
 #include "help/blockschemeform.h"
 #include "help/helpform.h"
 #include "help/mfdfahelpform.h"
-#include "help/wtmmhelp.h"
 #include "maps/heisboxform.h"
 #include "maps/morletsvanform.h"
 #include "maps/svanarform.h"
@@ -20,10 +17,8 @@
 #include "spectra/spectrazoomform.h"
 #include "tests/core/mainwindow_fixture.h"
 #include "tests/e2e/layout_faults.h"
-#include "wavelet/wavebasisform.h"
 #include "wavelet/wavedecform.h"
 #include "wavelet/wavefiltform.h"
-#include "wavelet/wavefiltzoomform.h"
 #include "wavelet/wavespectraform.h"
 
 #include <set>
@@ -46,14 +41,7 @@ class Road : public MainWindow {
         fs::create_directory(data);
         for (const auto& e : fs::directory_iterator(TARNIC_EXAMPLES_DIR))
             if (e.path().extension() == ".dat") fs::copy_file(e.path(), data / e.path().filename());
-        setMsgBoxHook([this](const QString& t, const QString&) { messages.push_back(text(t)); });
-        start();
-        ui().Dir1->setPath(QString::fromStdString(data.string()));
-        EXPECT_EQ(text(ui().File1->Path()), data.string()) << "the file list follows the folder";
-    }
-    void TearDown() override {
-        setMsgBoxHook(nullptr);
-        MainWindow::TearDown();
+        startBrowsing(data);
     }
 
     // The windows on the screen, by name; each is checked for a clean layout.
@@ -68,6 +56,11 @@ class Road : public MainWindow {
         }
         return names;
     }
+    // The user presses a button; what stands on the screen then.
+    Names press(QAbstractButton* button) {
+        button->click();
+        return onScreen();
+    }
     // The user closes a window with its title-bar button; what stays on the screen.
     Names close(Form& form) {
         form.window().close();
@@ -75,7 +68,6 @@ class Road : public MainWindow {
     }
 
     fs::path data;
-    std::vector<std::string> messages;
 };
 
 } // namespace
@@ -93,10 +85,9 @@ TEST_F(Road, OneFileThroughEveryWindowAndBackToTheBrowser) {
     expectStage(ui(), Stage::SpectraShown, {"SaveSpButton"});
 
     // Spectrum zoom and band-pass.
-    ui().ZoomButton->click();
-    EXPECT_EQ(onScreen(), Names{"SpectraZoomForm"});
-    wb->spectraZoomForm().ui().BandPassButton->click();
-    EXPECT_EQ(onScreen(), (Names{"SpectraZoomForm", "BandPassForm"}));
+    EXPECT_EQ(press(ui().ZoomButton), Names{"SpectraZoomForm"});
+    EXPECT_EQ(press(wb->spectraZoomForm().ui().BandPassButton),
+              (Names{"SpectraZoomForm", "BandPassForm"}));
     wb->bandPassForm().ui().BandPassSaveButton->click();
     EXPECT_EQ(close(wb->spectraZoomForm()), Names{"Form1"}) << "the band-pass goes with the zoom";
 
@@ -105,8 +96,7 @@ TEST_F(Road, OneFileThroughEveryWindowAndBackToTheBrowser) {
     SignalPlotControls& pc = wb->signalPlot().ui();
     pc.LocPolynomOption->setValue(true);
     pc.SmoothRad->setText("250");
-    pc.ReDrawButton->click();
-    EXPECT_EQ(onScreen(), Names{"SignalPlot"});
+    EXPECT_EQ(press(pc.ReDrawButton), Names{"SignalPlot"});
     pc.SaveTrendButton->click();
 
     // Fragment and its best harmonic.
@@ -116,45 +106,36 @@ TEST_F(Road, OneFileThroughEveryWindowAndBackToTheBrowser) {
     SignalZoomForm& zoom = wb->signalZoomForm();
     SignalZoomFormControls& zc = zoom.ui();
     EXPECT_NEAR(zoom.FragLeng, 2500, 10);
-    const std::string part = ",PART[" + NumText(zoom.FragFirstSample - 1).substr(1) + "," +
-                             NumText(zoom.FragLastSample - 1).substr(1) + "]";
     zc.SaveFragButton->click();
-    zc.FindHarm->click();
-    EXPECT_EQ(onScreen(), Names{"SignalZoomForm"});
+    EXPECT_EQ(press(zc.FindHarm), Names{"SignalZoomForm"});
     EXPECT_NEAR(zoom.HarmonicPeriod, 50.0, 0.5) << "the stronger line of the detrended fragment";
     zoom.TimeSeriesZoom_DblClick();
 
     // Morlet map.
-    zc.MorletSvan->click();
-    EXPECT_EQ(onScreen(), Names{"MorletSvanForm"});
+    EXPECT_EQ(press(zc.MorletSvan), Names{"MorletSvanForm"});
     wb->morletSvanForm().ui().SaveGRD->click();
     EXPECT_EQ(close(wb->morletSvanForm()), Names{"SignalZoomForm"});
 
     // Heisenberg boxes.
     zc.HeisBoxesButton->click();
-    wb->heisBoxForm().ui().WavePackButton->click();
-    EXPECT_EQ(onScreen(), Names{"HeisBoxForm"});
+    EXPECT_EQ(press(wb->heisBoxForm().ui().WavePackButton), Names{"HeisBoxForm"});
     wb->heisBoxForm().ui().SaveGRD->click();
     EXPECT_EQ(close(wb->heisBoxForm()), Names{"SignalZoomForm"});
 
     // WTMM chains.
-    zc.WTMM_button->click();
-    EXPECT_EQ(onScreen(), Names{"WTMM_Form"});
+    EXPECT_EQ(press(zc.WTMM_button), Names{"WTMM_Form"});
     EXPECT_LT(wb->wtmmForm().ChainLgMin, wb->wtmmForm().ChainLgMax) << "chains over the scales";
     EXPECT_FALSE(fs::exists(fs::current_path() / "n12c43k67r13t72c76h18i04"))
         << "the chains file is read and deleted at once";
-    wb->wtmmForm().ui().WTMM_HelpButton->click();
-    EXPECT_EQ(onScreen(), (Names{"WTMM_Form", "WTMM_Help"}));
+    EXPECT_EQ(press(wb->wtmmForm().ui().WTMM_HelpButton), (Names{"WTMM_Form", "WTMM_Help"}));
     EXPECT_EQ(close(wb->wtmmForm()), Names{"SignalZoomForm"}) << "the help goes with its window";
 
     // Singularity spectrum.
     zc.MFDFA_button->click();
     MFDFA_form& mf = wb->mfdfaForm();
-    mf.ui().LaunchMFDFA_btn->click();
-    EXPECT_EQ(onScreen(), Names{"MFDFA_form"});
+    EXPECT_EQ(press(mf.ui().LaunchMFDFA_btn), Names{"MFDFA_form"});
     mf.ui().SaveFalfa_button->click();
-    mf.ui().MFDFA_Help_button->click();
-    EXPECT_EQ(onScreen(), (Names{"MFDFA_form", "MFDFA_Help_form"}));
+    EXPECT_EQ(press(mf.ui().MFDFA_Help_button), (Names{"MFDFA_form", "MFDFA_Help_form"}));
     close(wb->mfdfaHelpForm());
     EXPECT_EQ(close(mf), Names{"SignalZoomForm"});
     EXPECT_EQ(close(zoom), Names{"SignalPlot"});
@@ -162,8 +143,8 @@ TEST_F(Road, OneFileThroughEveryWindowAndBackToTheBrowser) {
 
     // Wavelet packets: the decomposition's windows close together.
     ui().LevMaxText->setText("6");
-    ui().WavePackButton->click();
-    EXPECT_EQ(onScreen(), (Names{"WaveDecForm", "WaveSpectForm", "WaveBasisForm"}));
+    EXPECT_EQ(press(ui().WavePackButton),
+              (Names{"WaveDecForm", "WaveSpectForm", "WaveBasisForm"}));
     WaveDecForm& dec = wb->waveDecForm();
     PlotSurface& decMap = *dec.ui().WaveDecGraf;
     dec.WaveDecGraf_MouseMove(0, 0, static_cast<float>(decMap.ScaleWidth() / 2),
@@ -176,19 +157,15 @@ TEST_F(Road, OneFileThroughEveryWindowAndBackToTheBrowser) {
     ui().WaveFiltButton->click();
     WaveFiltFormControls& fc = wb->waveFiltForm().ui();
     fc.LaunchDonoho->click();
-    fc.LaunchThreshButton->click();
-    EXPECT_EQ(onScreen(), Names{"WaveFiltForm"});
-    fc.ZoomGrafButton->click();
-    EXPECT_EQ(onScreen(), (Names{"WaveFiltForm", "WaveFiltZoomForm"}));
+    EXPECT_EQ(press(fc.LaunchThreshButton), Names{"WaveFiltForm"});
+    EXPECT_EQ(press(fc.ZoomGrafButton), (Names{"WaveFiltForm", "WaveFiltZoomForm"}));
     fc.SaveThreshButton->click();
     EXPECT_EQ(close(wb->waveFiltForm()), Names{"Form1"});
 
     // AR spectra evolution.
     ui().SvanArButton->click();
-    SvanArFormControls& sc = wb->svanArForm().ui();
-    sc.LaunchSvan->click();
-    EXPECT_EQ(onScreen(), Names{"SvanArForm"});
-    sc.SaveGRD->click();
+    EXPECT_EQ(press(wb->svanArForm().ui().LaunchSvan), Names{"SvanArForm"});
+    wb->svanArForm().ui().SaveGRD->click();
     EXPECT_EQ(close(wb->svanArForm()), Names{"Form1"});
 
     // Preprocessing: the derived files do not replace the signal.
@@ -204,8 +181,8 @@ TEST_F(Road, OneFileThroughEveryWindowAndBackToTheBrowser) {
 
     // Help, whose block scheme goes with it.
     ui().HelpButton->click();
-    wb->helpForm().ui().Command1->click();
-    EXPECT_EQ(onScreen(), (Names{"Form1", "HelpForm", "BlockSchemeForm"}));
+    EXPECT_EQ(press(wb->helpForm().ui().Command1),
+              (Names{"Form1", "HelpForm", "BlockSchemeForm"}));
     close(wb->helpForm());
     EXPECT_FALSE(wb->blockSchemeForm().isLoaded());
 
@@ -217,23 +194,24 @@ TEST_F(Road, OneFileThroughEveryWindowAndBackToTheBrowser) {
     ui().AR_OrderText->setText("4");
     ui().LaunchButton->click();
     ui().SaveSpButton->click();
-    EXPECT_TRUE(messages.empty()) << messages.front();
+    EXPECT_TRUE(messages.empty()) << text(messages.front());
     EXPECT_EQ(onScreen(), Names{"Form1"});
 }
 
 TEST_F(Road, FilesOfTheProgramsOwnMakingAreNewInputs) {
+    const auto openAnother = [&](const char* file) {
+        ui().OtherFileButton->click();
+        open(file);
+    };
     open("random_walk.dat");
     ui().IncremButton->click();
-    ui().OtherFileButton->click();
-    open("random_walk-INC.dat");
+    openAnother("random_walk-INC.dat");
     EXPECT_EQ(form().Nrec, 10000) << text(message());
     // A table split into its columns gives inputs of their own; the third
     // column of the example is the ramp t/1000.
-    ui().OtherFileButton->click();
-    open("three_columns.dat");
+    openAnother("three_columns.dat");
     ui().DemplxButton->click();
-    ui().OtherFileButton->click();
-    open("three_columns-Col3.dat");
+    openAnother("three_columns-Col3.dat");
     ASSERT_EQ(form().Nrec, 1000) << text(message());
     EXPECT_NEAR(form().Signal(1000) - form().Signal(1), 0.999, 1e-4);
 }

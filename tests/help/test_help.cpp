@@ -7,9 +7,6 @@
 #include "tests/core/mainwindow_fixture.h"
 #include "tests/e2e/layout_faults.h"
 
-#include <QPlainTextEdit>
-#include <QScrollBar>
-
 using namespace tarnic;
 using namespace tarnic::test;
 
@@ -20,15 +17,11 @@ using namespace tarnic::test;
 // far enough to show its last line, and a text panel wraps its lines.
 TEST_F(MainWindow, TheoryPicturesTextsAreNotCutOff) {
     start();
-    const struct {
-        Form* form;
-        const char* caption;
-        QSize picture; // empty: a text panel
-    } windows[] = {{&wb->helpForm(), "Help", {}},
-                   {&wb->blockSchemeForm(), "Block Scheme", {947, 673}},
-                   {&wb->wtmmHelp(), "What is WTMM skeleton chains", {688, 934}},
-                   {&wb->mfdfaHelpForm(), "Multifractal Detrended Fluctuation Analysis Help",
-                    {721, 1035}}};
+    // An empty picture size: a text panel.
+    const struct { Form* form; const char* caption; QSize picture; } windows[] = {
+        {&wb->helpForm(), "Help", {}}, {&wb->blockSchemeForm(), "Block Scheme", {947, 673}},
+        {&wb->wtmmHelp(), "What is WTMM skeleton chains", {688, 934}},
+        {&wb->mfdfaHelpForm(), "Multifractal Detrended Fluctuation Analysis Help", {721, 1035}}};
     for (const auto& w : windows) {
         SCOPED_TRACE(w.caption);
         w.form->Show();
@@ -39,14 +32,14 @@ TEST_F(MainWindow, TheoryPicturesTextsAreNotCutOff) {
         for (const std::string& fault : layoutFaults(window)) ADD_FAILURE() << fault;
         if (w.picture.isEmpty()) {
             // The whole help text, 105 lines joined by CR LF, beside the main window.
+            const QString text = HelpForm::Text();
             EXPECT_TRUE(form().Visible());
-            EXPECT_EQ(HelpForm::Text().count("\r\n"), 104);
-            EXPECT_TRUE(
-                HelpForm::Text().startsWith("This program:\r\n\r\n1) estimates power spectra"));
-            EXPECT_TRUE(HelpForm::Text().contains(
+            EXPECT_EQ(text.count("\r\n"), 104);
+            EXPECT_TRUE(text.startsWith("This program:\r\n\r\n1) estimates power spectra"));
+            EXPECT_TRUE(text.contains(
                 "(MM)min = 0, (MM)max = LengF / 8;  (Nar)min = 1, (Nar)max = LengAR / 4."));
-            EXPECT_TRUE(HelpForm::Text().endsWith("estimated and visualized for selected (zoomed) "
-                                                  "fragment of initial time series."));
+            EXPECT_TRUE(text.endsWith(
+                "estimated and visualized for selected (zoomed) fragment of initial time series."));
             auto* panel = window.findChild<QPlainTextEdit*>();
             ASSERT_NE(panel, nullptr);
             EXPECT_EQ(panel->toPlainText().count('\n'), 104);
