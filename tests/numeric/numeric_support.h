@@ -20,25 +20,12 @@
 namespace tarnic::test {
 
 #ifdef TARNIC_DLL_PATH
-// Tarnic.dll opened at run time; routines resolved by their C names.
-struct Library {
-    Library() : handle(dlopen(TARNIC_DLL_PATH, RTLD_NOW | RTLD_LOCAL)) {}
-    ~Library() {
-        if (handle) dlclose(handle);
-    }
-    Library(const Library&) = delete;
-    Library& operator=(const Library&) = delete;
-    template <typename F> F resolve(const char* name) const {
-        return handle ? reinterpret_cast<F>(dlsym(handle, name)) : nullptr;
-    }
-    void* handle;
-};
-
-// The routine `name` of Tarnic.dll, opened once per test program; nullptr when
-// the library or the name is missing.
+// The routine `name` of Tarnic.dll, resolved by its C name; nullptr when the
+// library or the name is missing. The library is opened at run time and stays
+// open until the test program ends (dlopen counts the repeated opens).
 template <typename F> F dllRoutine(const char* name) {
-    static const Library library;
-    return library.resolve<F>(name);
+    static void* const handle = dlopen(TARNIC_DLL_PATH, RTLD_NOW | RTLD_LOCAL);
+    return handle ? reinterpret_cast<F>(dlsym(handle, name)) : nullptr;
 }
 #endif
 
@@ -74,8 +61,7 @@ template <class F> std::vector<double> sampled(std::size_t n, F f) {
 }
 
 inline std::vector<double> plus(std::vector<double> a, std::span<const double> b) {
-    for (std::size_t i = 0; i < a.size(); ++i)
-        a[i] += b[i];
+    std::transform(a.begin(), a.end(), b.begin(), a.begin(), std::plus<>());
     return a;
 }
 

@@ -20,15 +20,14 @@ namespace tarnic::test {
 // are printed to 17 significant digits.
 inline ::testing::AssertionResult isNear(double actual, double expected, double absTol,
                                          double relTol = 0.0) {
-    if (actual == expected || (std::isnan(actual) && std::isnan(expected)))
-        return ::testing::AssertionSuccess();
+    // A NaN fails the comparison of the difference.
     const double allowed = absTol + relTol * std::abs(expected);
-    if (!std::isnan(actual) && !std::isnan(expected) && std::abs(actual - expected) <= allowed)
+    if (actual == expected || (std::isnan(actual) && std::isnan(expected)) ||
+        std::abs(actual - expected) <= allowed)
         return ::testing::AssertionSuccess();
-    std::ostringstream text;
-    text << std::setprecision(17) << "actual " << actual << ", expected " << expected
-         << ", difference " << actual - expected << " beyond " << allowed;
-    return ::testing::AssertionFailure() << text.str();
+    return ::testing::AssertionFailure()
+           << std::setprecision(17) << "actual " << actual << ", expected " << expected
+           << ", difference " << actual - expected << " beyond " << allowed;
 }
 
 // isNear() for each element of two ranges (vectors, spans); reports the first

@@ -95,9 +95,8 @@ TEST(FourierBandPass, EqualsTheMaskedTransformOfTheMirroredRecordSummedTermByTer
         {1, 2, 2},   {2, 2, 4},     {3, 2, 6},     {4, 2, 3},    {64, 5, 20},
         {97, 4, 30}, {128, 2, 256}, {250, 10, 10}, {521, 3, 50}, {99, 2, 198}};
     for (const auto& [n, tmin, tmax] : cases) {
-        std::vector<double> x = ar2Noise(n, 0.75, -0.5);
-        for (std::size_t t = 0; t < n; ++t)
-            x[t] += 0.05 * t;
+        const std::vector<double> x =
+            plus(ar2Noise(n, 0.75, -0.5), sampled(n, [](double t) { return 0.05 * t; }));
         EXPECT_TRUE(allNear(bandPassed(x, tmin, tmax), direct(x, tmin, tmax), 1e-11))
             << "n = " << n;
     }

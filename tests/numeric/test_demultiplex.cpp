@@ -25,10 +25,8 @@ Files filesIn(const fs::path& dir) {
 
 TEST(ColumnFileName, RemovesTheFirstDatAndAppendsTheColumn) {
     const std::tuple<const char*, int, const char*> names[] = {
-        {"dir/tab.dat", 1, "dir/tab-Col1.dat"},
-        {"x.txt", 12, "x.txt-Col12.dat"},
-        {"a.dat.dat", 2, "a.dat-Col2.dat"},
-        {"my.data.txt", 1, "mya.txt-Col1.dat"},
+        {"dir/tab.dat", 1, "dir/tab-Col1.dat"}, {"x.txt", 12, "x.txt-Col12.dat"},
+        {"a.dat.dat", 2, "a.dat-Col2.dat"}, {"my.data.txt", 1, "mya.txt-Col1.dat"},
         {"A.DAT", 3, "A.DAT-Col3.dat"}};
     for (const auto& [input, column, name] : names)
         EXPECT_EQ(columnFileName(input, column), fs::path(name)) << input;

@@ -69,9 +69,8 @@ TEST(BestFitHarmonic, RecoversAnExactSinusoidWithItsPeriodLevelAmplitudeAndPhase
     const HarmonicFit fit = bestFitHarmonic(y);
     EXPECT_NEAR(fit.period, 23.7, 23.7e-7);
     EXPECT_NEAR(fit.varianceRatio, 1.0, 1e-10);
-    EXPECT_NEAR(fit.amplitude, 3.0, 1e-6);
-    EXPECT_NEAR(fit.level, 2.0, 1e-6);
-    EXPECT_NEAR(fit.phase, -0.4, 1e-6);
+    EXPECT_TRUE(allNear(std::vector{fit.amplitude, fit.level, fit.phase},
+                        std::vector{3.0, 2.0, -0.4}, 1e-6));
     EXPECT_TRUE(allNear(fit.values, y, 1e-5));
     const std::vector<float> f = toFloat(y);
     std::vector<float> harmonic(300, 0.0f);
@@ -105,18 +104,16 @@ TEST(BestFitHarmonic, SearchesFromEightSamplesUpToTheFragmentLength) {
     EXPECT_GE(bestFitHarmonic(sinusoid(101, 0.5)).period, 8.0 * (1.0 - 1e-12));
     // A third of a cycle in the record: the period found is no longer than it.
     const HarmonicFit longest = bestFitHarmonic(sinusoid(100, 1.0 / 300.0, 1.0, 0.5));
-    EXPECT_GE(longest.period, 50.0);
-    EXPECT_LE(longest.period, 100.0 * (1.0 + 1e-12));
+    EXPECT_TRUE(longest.period >= 50.0 && longest.period <= 100.0 * (1.0 + 1e-12))
+        << longest.period;
 }
 
 TEST(BestFitHarmonic, AConstantOrTooShortSeriesGivesAFlatFit) {
     const HarmonicFit flat = bestFitHarmonic(std::vector<double>(50, 1.25));
-    EXPECT_EQ(std::tuple(flat.varianceRatio, flat.amplitude, flat.period),
-              std::tuple(0.0, 0.0, 50.0));
-    EXPECT_EQ(flat.values, std::vector<double>(50, 1.25));
+    EXPECT_EQ(std::tuple(flat.varianceRatio, flat.amplitude, flat.period, flat.values),
+              std::tuple(0.0, 0.0, 50.0, std::vector(50, 1.25)));
     const HarmonicFit tiny = bestFitHarmonic(std::vector<double>{1.0, 2.0, 3.0});
-    EXPECT_EQ(tiny.values, std::vector<double>(3, 2.0));
-    EXPECT_EQ(tiny.varianceRatio, 0.0);
+    EXPECT_EQ(std::pair(tiny.values, tiny.varianceRatio), std::pair(std::vector(3, 2.0), 0.0));
     EXPECT_TRUE(bestFitHarmonic(std::vector<double>{}).values.empty());
 }
 
@@ -125,32 +122,26 @@ TEST(BestFitHarmonic, AConstantOrTooShortSeriesGivesAFlatFit) {
 TEST(MaximumWave, PicksTheHighestNeighbouringCrestAndTroughOfCompleteHalfWaves) {
     const std::vector<double> ramp = sampled(50, [](double t) { return t; });
     // Series, crest, trough, height, period, complete.
-    const std::tuple<std::vector<double>, std::size_t, std::size_t, double, double, bool> cases[] =
-        {
-            //  mean 0; crossings at 2.5, 5.5, 8.5, 12.5, 15.2, 16.67; complete half-waves:
-            //  trough -2 (t4), crest 6 (t7), trough -7 (t10), crest 2 (t14), trough -4
-            //  (t16). Waves: 8, 13, 9, 6; the highest runs from 5.5 to 12.5.
-            {{1, 3, 1, -1, -2, -1, 1, 6, 1, -1, -7, -2, -1, 1, 2, 1, -4, 2},
-             7,
-             10,
-             13.0,
-             7.0,
-             true},
-            //  mean 2/13; the -9 and 9 at the ends lie outside the first and last
-            //  crossing. Half-waves: crest 2 (t3) from 1.58 to 4.42, trough -2 (t6) to
-            //  7.58, crest 2 (t9), trough -1 (t11).
-            {{-9, -1, 1, 2, 1, -1, -2, -1, 1, 2, 1, -1, 9}, 3, 6, 4.0, 6.0, true},
-            // Without two complete half-waves the extremes of the series count.
-            {ramp, 49, 0, 49.0, 98.0, false},
-            {std::vector<double>(30, 0.5), 0, 0, 0.0, 0.0, false},
-        };
-    for (const auto& [y, crest, trough, height, period, complete] : cases) {
+    // clang-format off
+    const std::tuple<std::vector<double>, std::size_t, std::size_t, double, double, bool> rows[] = {
+        // Mean 0; crossings at 2.5, 5.5, 8.5, 12.5, 15.2, 16.67; complete half-waves:
+        // trough -2 (t4), crest 6 (t7), trough -7 (t10), crest 2 (t14), trough -4
+        // (t16). Waves: 8, 13, 9, 6; the highest runs from 5.5 to 12.5.
+        {{1, 3, 1, -1, -2, -1, 1, 6, 1, -1, -7, -2, -1, 1, 2, 1, -4, 2}, 7, 10, 13.0, 7.0, true},
+        // Mean 2/13; the -9 and 9 at the ends lie outside the first and last
+        // crossing. Half-waves: crest 2 (t3) from 1.58 to 4.42, trough -2 (t6) to
+        // 7.58, crest 2 (t9), trough -1 (t11).
+        {{-9, -1, 1, 2, 1, -1, -2, -1, 1, 2, 1, -1, 9}, 3, 6, 4.0, 6.0, true},
+        // Without two complete half-waves the extremes of the series count.
+        {ramp, 49, 0, 49.0, 98.0, false}, {std::vector<double>(30, 0.5), 0, 0, 0.0, 0.0, false}};
+    // clang-format on
+    for (const auto& [y, crest, trough, height, period, complete] : rows) {
         SCOPED_TRACE(y.size());
         const MaximumWave wave = maximumWave(y);
         EXPECT_EQ(std::tuple(wave.complete, wave.crest, wave.trough),
                   std::tuple(complete, crest, trough));
-        EXPECT_NEAR(wave.height, height, 1e-14);
-        EXPECT_NEAR(wave.period, period, 1e-12);
+        EXPECT_TRUE(
+            allNear(std::vector{wave.height, wave.period}, std::vector{height, period}, 1e-12));
         const std::vector<float> f = toFloat(y);
         std::int32_t count = static_cast<std::int32_t>(f.size()), first = 0, second = 0;
         float dllHeight = -1, dllPeriod = -1;
@@ -168,8 +159,7 @@ TEST(MaximumWave, ASineSampledOnItsPeaksKeepsItsPeriodAndHeight) {
     const std::vector<double> y = sinusoid(200, 0.05, 2.5, -pi / 2);
     const MaximumWave wave = maximumWave(y);
     EXPECT_TRUE(wave.complete);
-    EXPECT_NEAR(wave.height, 5.0, 1e-12);
-    EXPECT_NEAR(wave.period, 20.0, 1e-9);
+    EXPECT_TRUE(allNear(std::vector{wave.height, wave.period}, std::vector{5.0, 20.0}, 1e-9));
     EXPECT_NEAR(y[wave.crest], 2.5, 1e-12);
     EXPECT_EQ(std::max(wave.crest, wave.trough) - std::min(wave.crest, wave.trough), 10u);
 }

@@ -38,8 +38,7 @@ TEST(MorletGrid, FourierFactorPeriodsEvenInLogarithmAndTransformLength) {
     // As the window labels row i: lg Smin + i (lg Smax - lg Smin) / (count - 1).
     const std::vector<double> p = morletPeriods(2.0, 2500.0, 200);
     ASSERT_EQ(p.size(), 200u);
-    EXPECT_EQ(p.front(), 2.0);
-    EXPECT_EQ(p.back(), 2500.0);
+    EXPECT_EQ(std::pair(p.front(), p.back()), std::pair(2.0, 2500.0));
     for (std::size_t i = 0; i < p.size(); ++i)
         ASSERT_NEAR(std::log10(p[i]), std::log10(2.0) + i * std::log10(1250.0) / 199.0, 1e-13);
     EXPECT_EQ(morletPeriods(3.0, 9.0, 1), std::vector<double>{3.0});
@@ -54,8 +53,7 @@ TEST(MorletGrid, FourierFactorPeriodsEvenInLogarithmAndTransformLength) {
 // from the Nyquist end (so E|W|^2 = sigma^2 for white noise); at 2 samples half
 // the wavelet's spectrum lies beyond the Nyquist frequency.
 TEST(MorletTransform, WaveletHasUnitEnergyAndWhiteNoisePowerIsItsVariance) {
-    std::vector<double> x(4096, 0.0);
-    x[2048] = 1.0;
+    const std::vector<double> x = sampled(4096, [](double t) { return t == 2048 ? 1.0 : 0.0; });
     const std::vector<double> periods = morletPeriods(3.0, 256.0, 12);
     const MorletTransform w = morletTransform(x, periods);
     for (std::size_t i = 0; i < periods.size(); ++i)
@@ -77,8 +75,9 @@ TEST(MorletTransform, SinusoidRidgeAndSpectrumStandAtItsPeriodOutsideTheCone) {
         const std::size_t ridge = ridgeRow(w, n / 2);
         const auto peak =
             std::max_element(w.spectrum.begin(), w.spectrum.end()) - w.spectrum.begin();
-        EXPECT_TRUE(isNear(periods[ridge], period, 0.0, 0.02)) << period;
-        EXPECT_TRUE(isNear(periods[peak], period, 0.0, 0.02)) << period;
+        EXPECT_TRUE(allNear(std::vector{periods[ridge], periods[peak]}, std::vector(2, period), 0.0,
+                            0.02))
+            << period;
         EXPECT_TRUE(isNear(w.power[ridge * n + n / 2], sinusoidRidge(1.5, period, periods[ridge]),
                            0.0, 0.01))
             << period;
@@ -139,8 +138,7 @@ TEST(Workers, RefusedThreadsChangeNoResult) {
     });
     std::future<std::thread::id> later = startWorker([] { return std::this_thread::get_id(); });
     refuseWorkerThreads = false;
-    EXPECT_EQ(alone.power, threaded.power);
-    EXPECT_EQ(alone.spectrum, threaded.spectrum);
+    EXPECT_EQ(std::pair(alone.power, alone.spectrum), std::pair(threaded.power, threaded.spectrum));
     EXPECT_EQ(std::pair(onCaller > 0, elsewhere.load()), std::pair(true, 0));
     EXPECT_EQ(later.get(), caller);
 }

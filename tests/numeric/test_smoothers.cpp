@@ -31,8 +31,7 @@ std::vector<double> directKernelSmooth(std::span<const double> x, double radius)
     std::vector<double> y(x.size());
     for (std::ptrdiff_t i = 0; i < n; ++i) {
         double sum = 0.0, weights = 0.0;
-        for (std::ptrdiff_t t = std::max(i - r, std::ptrdiff_t{0}); t <= std::min(n - 1, i + r);
-             ++t) {
+        for (auto t = std::max<std::ptrdiff_t>(i - r, 0); t <= std::min(n - 1, i + r); ++t) {
             const double w = std::exp(-0.5 * std::pow((t - i) / (radius / 3.0), 2));
             sum += w * x[t];
             weights += w;

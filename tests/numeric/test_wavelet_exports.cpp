@@ -44,10 +44,8 @@ TEST(WaveletExports, PacketDecompositionDeliversNormalisedComponentsAndNeutralSu
     // Series, split, levMax, slots, levels used: the window's smallest series, a
     // constant (no detail at all), more slots than the series allows.
     const std::tuple<std::vector<float>, std::int32_t, std::int32_t, std::int32_t, int> cases[] = {
-        {record(1000), 4, 6, 24, 6},
-        {record(32), 8, 1, 8, 1},
-        {std::vector<float>(300, 7.0f), 2, 5, 10, 5},
-        {record(40), 4, 6, 24, 4}};
+        {record(1000), 4, 6, 24, 6}, {record(32), 8, 1, 8, 1},
+        {std::vector<float>(300, 7.0f), 2, 5, 10, 5}, {record(40), 4, 6, 24, 4}};
     for (const auto& [x, split, levMax, count, levels] : cases) {
         SCOPED_TRACE(x.size());
         const Pack out(x, split, levMax, count);

@@ -29,8 +29,7 @@ TEST(PacketOrder, FrequencyOrderIsTheGrayCode) {
 }
 
 TEST(PacketNodes, HaarNodesOfOneToEight) {
-    std::vector<double> x(8);
-    std::iota(x.begin(), x.end(), 1.0);
+    const std::vector<double> x = sampled(8, [](double t) { return t + 1; });
     const auto h = scalingFilter(2);
     EXPECT_TRUE(allNear(packetNode(x, h, 2, naturalOf("aa")), std::vector<double>{5, 13}, 1e-13));
     EXPECT_TRUE(allNear(packetNode(x, h, 3, naturalOf("aaa")), std::vector<double>{12.727922061358},
@@ -61,8 +60,7 @@ TEST_P(PacketDecompositionCase, ComponentsRebuildTheSeriesAndBandsTileThePeriods
     const auto h = scalingFilter(c.code);
     const PacketDecomposition d = waveletPacketDecomposition(x, h, 1, c.maxLevel, c.split);
     const std::size_t count = static_cast<std::size_t>(c.split * c.maxLevel);
-    ASSERT_EQ(d.bands.size(), count);
-    ASSERT_EQ(d.components.size(), count * c.length);
+    ASSERT_EQ(std::pair(d.bands.size(), d.components.size()), std::pair(count, count * c.length));
     const double scale = largestMagnitude(x);
     std::vector<double> sum = d.approximation;
     const ExtendedSignal e = extendSymmetric(x, workingLength(c.length));
@@ -124,8 +122,8 @@ TEST(HeisenbergBoxes, EachBoxShowsTheCoefficientUnderItsMiddle) {
     const auto x = whiteNoise(16, 1.0, 31);
     const auto h = scalingFilter(2);
     const HeisenbergBoxes boxes = heisenbergBoxes(x, h, 1, 2, 1, 8);
-    ASSERT_EQ(boxes.bands.size(), 2u);
-    ASSERT_EQ(boxes.moduli.size(), 16u);
+    ASSERT_EQ(std::pair(boxes.bands.size(), boxes.moduli.size()),
+              (std::pair<std::size_t, std::size_t>{2, 16}));
     const auto d1 = packetNode(x, h, 1, naturalOf("d")), d2 = packetNode(x, h, 2, naturalOf("ad"));
     for (std::size_t c = 0; c < 8; ++c) {
         EXPECT_EQ(boxes.moduli[c], std::abs(d1[c])) << c;
@@ -143,9 +141,7 @@ TEST(UnitRangeNormalisation, MapsTheRangeOntoZeroToOne) {
     for (const auto& [values, offset, scale, expected] : cases) {
         std::vector<float> out(values.size(), -1.0f);
         const UnitRange r = normaliseToUnitRange(values, out);
-        EXPECT_EQ(r.offset, offset);
-        EXPECT_EQ(r.scale, scale);
-        EXPECT_EQ(out, expected);
+        EXPECT_EQ(std::tuple(r.offset, r.scale, out), std::tuple(offset, scale, expected));
     }
 }
 

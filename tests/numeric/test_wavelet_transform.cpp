@@ -48,12 +48,10 @@ TEST(WaveletExtension, ReflectsSymmetricallyWithTheSmallerPaddingInFront) {
         {5, 8, 1, {1, 1, 2, 3, 4, 5, 5, 4}},
         {6, 8, 1, {1, 1, 2, 3, 4, 5, 6, 6}},
         {5, 16, 5, {5, 4, 3, 2, 1, 1, 2, 3, 4, 5, 5, 4, 3, 2, 1, 1}},
-        {8, 8, 0, {1, 2, 3, 4, 5, 6, 7, 8}},
-        {1, 2, 0, {1, 1}}};
+        {8, 8, 0, {1, 2, 3, 4, 5, 6, 7, 8}}, {1, 2, 0, {1, 1}}};
     for (const auto& [n, length, offset, values] : cases) {
         const ExtendedSignal e = extendSymmetric(ramp(n), length);
-        EXPECT_EQ(e.offset, offset) << n << " in " << length;
-        EXPECT_EQ(e.values, values) << n << " in " << length;
+        EXPECT_EQ(std::pair(e.offset, e.values), std::pair(offset, values)) << n << " " << length;
     }
     EXPECT_THROW(extendSymmetric(ramp(5), 4), std::invalid_argument);
 }
@@ -156,8 +154,7 @@ TEST(WaveletEntropy, EachLevelCountsItsOwnSpread) {
     EXPECT_NEAR(atoms({{5, 1.0}, {20, 1.0}}), std::log(2.0), 1e-14);
     EXPECT_NEAR(atoms({{5, 1.0}, {20, -1.0}, {30, 1.0}}), std::log(3.0), 1e-14);
     EXPECT_NEAR(atoms({{1, 2.0}, {9, 1.0}}), -0.8 * std::log(0.8) - 0.2 * std::log(0.2), 1e-14);
-    std::vector<double> step(64, 1.0);
-    std::fill(step.begin() + 32, step.end(), -1.0);
+    const auto step = sampled(64, [](double t) { return t < 32 ? 1.0 : -1.0; });
     EXPECT_NEAR(waveletEntropy(step, scalingFilter(2)), 0.0, 1e-14);
     EXPECT_GT(waveletEntropy(step, scalingFilter(8)), 1.0);
     EXPECT_EQ(waveletEntropy(std::vector<double>(100, 3.25), scalingFilter(20)), 0.0);
@@ -169,9 +166,8 @@ TEST(WaveletEntropy, EachLevelCountsItsOwnSpread) {
 // Offset and scale of the series change nothing.
 TEST(WaveletEntropy, WhiteNoiseCostsTheGaussianEntropyPerLevelWhateverItsOffsetAndScale) {
     const auto noise = whiteNoise(1 << 16, 1.0, 3);
-    std::vector<double> moved = noise;
-    for (double& v : moved)
-        v = 250.0 - 7.5 * v;
+    const auto moved =
+        sampled(noise.size(), [&](double t) { return 250.0 - 7.5 * noise[std::size_t(t)]; });
     double expected = 0.0;
     for (int j = 1; j <= 13; ++j)
         expected += (16 - j) * std::numbers::ln2 - (2 - std::numbers::egamma - std::numbers::ln2);
@@ -253,10 +249,8 @@ TEST(ThresholdFilter, RemovesTheRoundedShareOfTheSmallestDetails) {
 TEST(DonohoJohnstone, EstimatesTheNoiseLevelAndItsShareRemovesTheNoise) {
     // Length, noise sigma, seed, code, least and greatest share.
     const std::tuple<std::size_t, double, unsigned, std::int32_t, double, double> cases[] = {
-        {4096, 2.0, 4242, 8, 0.8, 1.0},
-        {4096, 2.0, 4242, 16, 0.8, 1.0},
-        {4096, 2.0, 4242, 110, 0.8, 1.0},
-        {3000, 0.5, 99, 112, 0.5, 1.0}};
+        {4096, 2.0, 4242, 8, 0.8, 1.0}, {4096, 2.0, 4242, 16, 0.8, 1.0},
+        {4096, 2.0, 4242, 110, 0.8, 1.0}, {3000, 0.5, 99, 112, 0.5, 1.0}};
     for (const auto& [n, sigma, seed, code, least, greatest] : cases) {
         SCOPED_TRACE(testing::Message() << "n " << n << ", code " << code);
         const auto clean = smooth(n), noisy = plus(clean, whiteNoise(n, sigma, seed));

@@ -31,15 +31,13 @@ TEST(DaniellSmooth, HandVectorMirroredAtBothEnds) {
     // less the opposite bin; radius 4: the circle plus itself.
     const std::vector<double> p{3, 6, 12, 6, 3};
     const std::pair<std::size_t, std::vector<double>> smoothed[] = {
-        {0, p},
-        {1, {3, 8, 8, 8, 3}},
+        {0, p}, {1, {3, 8, 8, 8, 3}},
         {3, {27.0 / 7, 54.0 / 7, 48.0 / 7, 54.0 / 7, 27.0 / 7}},
         {4, {33.0 / 9, 66.0 / 9, 8, 66.0 / 9, 33.0 / 9}}};
     for (const auto& [radius, expected] : smoothed)
         EXPECT_TRUE(allNear(daniellSmooth(p, radius), expected, 1e-15)) << radius;
     // A line of 1e12 among values of 1e-6: the small ones lose nothing.
-    std::vector<double> q(513, 1e-6);
-    q[200] = 1e12;
+    const std::vector<double> q = sampled(513, [](double t) { return t == 200 ? 1e12 : 1e-6; });
     const std::vector<double> s = daniellSmooth(q, 7);
     EXPECT_TRUE(isNear(s[208], 1e-6, 0.0, 1e-13));
     EXPECT_TRUE(isNear(s[207], (1e12 + 14 * 1e-6) / 15, 0.0, 1e-13));
@@ -48,8 +46,7 @@ TEST(DaniellSmooth, HandVectorMirroredAtBothEnds) {
 
 TEST(WelchDensity, MatchesScipyHannReference) {
     // 16 samples, x[0] = x[8] = 1, windows of 8 (half overlap), Hann, density.
-    std::vector<double> x(16, 0.0);
-    x[0] = x[8] = 1.0;
+    const auto x = sampled(16, [](double t) { return t == 0 || t == 8 ? 1.0 : 0.0; });
     const std::vector<double> expected{0.08333333, 0.15277778, 0.22222222, 0.22222222, 0.11111111};
     EXPECT_TRUE(allNear(welchDensity(x, 8, 8, 0), expected, 5e-9));
 }

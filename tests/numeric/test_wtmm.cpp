@@ -66,8 +66,8 @@ TEST(GaussianDerivatives, StepSlopeIsScaleFreeAndPolynomialsGiveTheirTaylorCoeff
 // admitted times are 30 .. 970, ends included; at a_max = T / 6 only the middle).
 TEST(WtmmScales, GridAndDeadIntervals) {
     const std::vector<double> a = wtmmScales(8000);
-    ASSERT_EQ(a.size(), 152u); // ceil(16 log2(7999/12)) + 1
-    EXPECT_EQ(a.front(), 2.0);
+    // 152 = ceil(16 log2(7999/12)) + 1 scales from 2 on.
+    ASSERT_EQ(std::pair(a.size(), a.front()), std::pair(std::size_t{152}, 2.0));
     EXPECT_TRUE(isNear(a.back(), 7999.0 / 6.0, 0.0, 1e-15));
     EXPECT_LE(a[1] / a[0], std::exp2(1.0 / 16.0));
     for (std::size_t k = 1; k < a.size(); ++k)
@@ -101,11 +101,10 @@ TEST(WtmmSkeleton, SharpStepGivesOneTrendChainConvergingOnIt) {
     EXPECT_EQ(chainsOf(falling, 3), chainsOf(rising, 4));
     EXPECT_TRUE(chainsOf(falling, 4).empty());
     // Two distant steps, up at 300 and down at 800: a chain of each trend class.
-    std::vector<double> twice = step(1200, 300, 1.0);
-    std::fill(twice.begin() + 800, twice.end(), 0.0);
+    const auto twice = sampled(1200, [](double t) { return t >= 300 && t < 800 ? 1.0 : 0.0; });
     const WtmmSkeleton both = wtmmSkeleton(twice, 0, 0.0);
-    ASSERT_EQ(chainsOf(both, 4).size(), 1u);
-    ASSERT_EQ(chainsOf(both, 3).size(), 1u);
+    ASSERT_EQ(std::pair(chainsOf(both, 4).size(), chainsOf(both, 3).size()),
+              (std::pair<std::size_t, std::size_t>{1, 1}));
     EXPECT_EQ(chainsOf(both, 4)[0].front(), (WtmmPoint{299, 0}));
     EXPECT_EQ(chainsOf(both, 3)[0].front(), (WtmmPoint{799, 0}));
 }
@@ -117,9 +116,8 @@ TEST(WtmmSkeleton, ArchTopMarksWhereABumpOnASlopeIsSmoothedAway) {
     const std::vector<double> x =
         sampled(2000, [](double t) { return std::exp(-std::pow(t / 10 - 100, 2)) + 0.002 * t; });
     const WtmmSkeleton s = wtmmSkeleton(x, 0, 0.0);
-    ASSERT_EQ(chainsOf(s, 1).size(), 1u);
-    ASSERT_EQ(chainsOf(s, 2).size(), 1u);
-    ASSERT_EQ(s.archTops.size(), 1u);
+    ASSERT_EQ(std::tuple(chainsOf(s, 1).size(), chainsOf(s, 2).size(), s.archTops.size()),
+              (std::tuple<std::size_t, std::size_t, std::size_t>{1, 1, 1}));
     const WtmmPoint minTop = chainsOf(s, 1)[0].back(), maxTop = chainsOf(s, 2)[0].back();
     const WtmmPoint arch = s.archTops[0];
     EXPECT_EQ(arch.sample, (minTop.sample + maxTop.sample) / 2);
@@ -227,8 +225,7 @@ TEST(WtmmBinding, WritesTheChainFileInTheCurrentDirectoryAndClampsItsParameters)
         std::filesystem::current_path(where->path());
         run(series.data(), &n, &order, &gamma, written.data(), detrended.data());
         std::filesystem::current_path(previous);
-        EXPECT_EQ(written, counts);
-        EXPECT_EQ(detrended, s.detrended);
+        EXPECT_EQ(std::pair(written, detrended), std::pair(counts, s.detrended));
         EXPECT_EQ(readBytes(*where / file), where == &dir ? records : "");
     }
 }
