@@ -66,17 +66,11 @@ std::size_t smoothEvenLength(std::size_t n) {
     return best;
 }
 
-// Work arrays of the prime-length transform, kept per calling thread as
-// threadScratch's but apart from them, so that a routine holding its own slots
-// may run such a transform. Slots 0 and 1: the two halves.
+// Work arrays of the prime-length transform: a pool of threadScratch slots of
+// its own, so that a routine holding its own slots may run such a transform.
+// Slots 0 and 1: the two halves.
 template <class T> T* primeScratch(std::size_t slot, std::size_t n) {
-    thread_local std::unique_ptr<FftBuffer<T>> slots[2];
-    std::unique_ptr<FftBuffer<T>>& buffer = slots[slot];
-    if (!buffer || buffer->size() < n) {
-        buffer.reset();
-        buffer = std::make_unique<FftBuffer<T>>(n);
-    }
-    return buffer->data();
+    return threadScratch<T, 1>(slot, n);
 }
 
 } // namespace

@@ -61,7 +61,9 @@ template <class T> class FftBuffer {
 // grows to the largest size asked for and is kept until the thread ends.
 // A routine owns its slots for the length of one call and calls no other
 // routine that uses the same element type's slots.
-template <class T> T* threadScratch(std::size_t slot, std::size_t n) {
+// Pool numbers a set of slots of its own (each pool is separate storage), for
+// work that may run while another routine holds the slots of pool 0.
+template <class T, int Pool = 0> T* threadScratch(std::size_t slot, std::size_t n) {
     thread_local std::unique_ptr<FftBuffer<T>> slots[4];
     std::unique_ptr<FftBuffer<T>>& buffer = slots[slot];
     if (!buffer || buffer->size() < n) {
